@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QDate>
+#include <QDateTime>
+#include <QString>
+
+#include <optional>
+
+namespace xv::common {
+
+// Dates are shown day first, as the shop has always written them, whatever the machine's locale.
+QString shortDate(const QDate& date);
+// The time is left out when it is exactly midnight: such values are dates stored in a date-time column.
+QString shortDateTime(const QDateTime& dateTime);
+
+// Day-first dates with '/', '-' or '.' and two- or four-digit years (00-29 are 2000s, 30-99 1900s), or
+// ISO yyyy-MM-dd as databases return them; a trailing time is allowed but must itself be valid.
+std::optional<QDate> parseShortDate(const QString& text);
+std::optional<QDateTime> parseDateTime(const QString& text);
+
+bool isDate(const QString& text);
+QDate toDate(const QString& text);
+
+// "lunedì, 23 novembre 2026": always Italian, since printed documents go to Italian customers.
+QString longDate(const QDate& date);
+
+} // namespace xv::common

@@ -1,0 +1,342 @@
+// SPDX-License-Identifier: MIT
+#include "Money.h"
+
+#include "RuntimeError.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <string_view>
+
+namespace xv::common {
+
+namespace {
+
+// Wide enough for a 64-bit amount times a 17-digit decimal mantissa, so products are exact before rounding.
+__extension__ typedef __int128 Wide;
+
+constexpr Wide NegativeLimit = Wide(1) << 63; // magnitude of the most negative amount
+constexpr Wide PositiveLimit = NegativeLimit - 1;
+constexpr int MaxDivisorExponent = 37; // 10^37 still fits in Wide
+
+Wide powerOfTen(int exponent)
+{
+    Wide result = 1;
+    for (int i = 0; i < exponent; ++i)
+        result *= 10;
+    return result;
+}
+
+Wide divideHalfToEven(Wide value, Wide divisor)
+{
+    const Wide quotient = value / divisor;
+    const Wide twiceRemainder = (value % divisor) * 2;
+    if (twiceRemainder > divisor || (twiceRemainder == divisor && quotient % 2 != 0))
+        return quotient + 1;
+    return quotient;
+}
+
+std::optional<qint64> signedAmount(bool negative, Wide magnitude)
+{
+    if (magnitude > (negative ? NegativeLimit : PositiveLimit))
+        return std::nullopt;
+    return static_cast<qint64>(negative ? -magnitude : magnitude);
+}
+
+// Raw units of a decimal written as ASCII digits; the digits past the fourth decimal only round.
+std::optional<qint64> unitsFromDigits(bool negative, QStringView intDigits, QStringView fracDigits)
+{
+    Wide magnitude = 0;
+    for (QChar c : intDigits) {
+        magnitude = magnitude * 10 + (c.unicode() - '0');
+        if (magnitude > NegativeLimit)
+            return std::nullopt;
+    }
+    for (qsizetype i = 0; i < 4; ++i)
+        magnitude = magnitude * 10 + (i < fracDigits.size() ? fracDigits[i].unicode() - '0' : 0);
+    if (fracDigits.size() > 4) {
+        const int first = fracDigits[4].unicode() - '0';
+        bool beyondHalf = first > 5;
+        for (qsizetype i = 5; first == 5 && !beyondHalf && i < fracDigits.size(); ++i)
+            beyondHalf = fracDigits[i] != u'0';
+        if (beyondHalf || (first == 5 && magnitude % 2 != 0))
+            ++magnitude;
+    }
+    return signedAmount(negative, magnitude);
+}
+
+Wide magnitudeOf(qint64 raw)
+{
+    return raw < 0 ? -Wide(raw) : Wide(raw);
+}
+
+bool isAsciiDigit(QChar c)
+{
+    return c >= u'0' && c <= u'9';
+}
+
+// Plain text with an optional sign and '.' decimals; nothing else is tolerated.
+std::optional<qint64> parseDecimal(QStringView text, bool* overflow)
+{
+    text = text.trimmed();
+    bool negative = false;
+    if (!text.isEmpty() && (text.front() == u'-' || text.front() == u'+')) {
+        negative = text.front() == u'-';
+        text = text.mid(1);
+    }
+    qsizetype point = text.indexOf(u'.');
+    const QStringView intDigits = point < 0 ? text : text.left(point);
+    const QStringView fracDigits = point < 0 ? QStringView() : text.mid(point + 1);
+    const auto allDigits = [](QStringView v) { return std::all_of(v.begin(), v.end(), isAsciiDigit); };
+    if (intDigits.size() + fracDigits.size() == 0 || !allDigits(intDigits) || !allDigits(fracDigits))
+        return std::nullopt;
+    auto units = unitsFromDigits(negative, intDigits, fracDigits);
+    *overflow = !units;
+    return units;
+}
+
+qsizetype prefixLength(QStringView text, const QStringList& candidates)
+{
+    for (const QString& candidate : candidates) {
+        if (!candidate.isEmpty() && text.startsWith(candidate, Qt::CaseInsensitive))
+            return candidate.size();
+    }
+    return 0;
+}
+
+qsizetype suffixLength(QStringView text, const QStringList& candidates)
+{
+    for (const QString& candidate : candidates) {
+        if (!candidate.isEmpty() && text.endsWith(candidate, Qt::CaseInsensitive))
+            return candidate.size();
+    }
+    return 0;
+}
+
+// Where a locale groups with a blank, people type whichever blank their keyboard gives; an ASCII
+// apostrophe likewise stands for the typographic one.
+qsizetype groupSeparatorAt(QStringView text, qsizetype at, const QString& group)
+{
+    const QChar c = text[at];
+    if (group.size() == 1 && group[0].isSpace() && c.isSpace())
+        return 1;
+    if (group == QStringView(u"\u2019") && c == u'\'')
+        return 1;
+    return text.mid(at).startsWith(group) ? group.size() : 0;
+}
+
+// Digits, grouping in whole groups of three and the locale's decimal separator, or nothing.
+bool readLocaleNumber(QStringView core, const QLocale& locale, QString* intDigits, QString* fracDigits)
+{
+    const QString group = locale.groupSeparator();
+    const QString decimal = locale.decimalPoint();
+    qsizetype at = 0;
+    int run = 0;
+    bool grouped = false;
+    while (at < core.size()) {
+        if (core[at].isDigit()) {
+            intDigits->append(QChar(u'0' + core[at].digitValue()));
+            ++run;
+            ++at;
+        } else if (qsizetype length = intDigits->isEmpty() ? 0 : groupSeparatorAt(core, at, group)) {
+            if (grouped ? run != 3 : run > 3)
+                return false;
+            grouped = true;
+            run = 0;
+            at += length;
+        } else {
+            break;
+        }
+    }
+    if (grouped && run != 3)
+        return false;
+    if (at < core.size() && core.mid(at).startsWith(decimal)) {
+        for (at += decimal.size(); at < core.size() && core[at].isDigit(); ++at)
+            fracDigits->append(QChar(u'0' + core[at].digitValue()));
+    }
+    return at == core.size() && !(intDigits->isEmpty() && fracDigits->isEmpty());
+}
+
+std::optional<qint64> parseCurrency(QStringView text, const QLocale& locale, bool* overflow)
+{
+    const QStringList symbols = {locale.currencySymbol(QLocale::CurrencyIsoCode),
+                                 locale.currencySymbol(QLocale::CurrencySymbol)};
+    const QStringList minusSigns = {locale.negativeSign(), QStringLiteral("-"), QStringLiteral("\u2212")};
+    const QStringList plusSigns = {locale.positiveSign(), QStringLiteral("+")};
+
+    QStringView rest = text.trimmed();
+    bool negative = false;
+    bool signSeen = false;
+    if (rest.size() >= 2 && rest.front() == u'(' && rest.back() == u')') {
+        negative = signSeen = true;
+        rest = rest.mid(1, rest.size() - 2);
+    }
+    bool symbolSeen = false;
+    // Sign and symbol may come in either order on either side, but each only once.
+    const auto strip = [&](auto lengthOf, bool atFront) {
+        for (;;) {
+            rest = rest.trimmed();
+            qsizetype length = 0;
+            if (!signSeen && (length = lengthOf(rest, minusSigns))) {
+                negative = signSeen = true;
+            } else if (!signSeen && (length = lengthOf(rest, plusSigns))) {
+                signSeen = true;
+            } else if (!symbolSeen && (length = lengthOf(rest, symbols))) {
+                symbolSeen = true;
+            } else {
+                return;
+            }
+            rest = atFront ? rest.mid(length) : rest.chopped(length);
+        }
+    };
+    strip(prefixLength, true);
+    strip(suffixLength, false);
+
+    QString intDigits;
+    QString fracDigits;
+    if (!readLocaleNumber(rest, locale, &intDigits, &fracDigits))
+        return std::nullopt;
+    auto units = unitsFromDigits(negative, intDigits, fracDigits);
+    *overflow = !units;
+    return units;
+}
+
+// The locale's currency layout with the number left as a hole, so the digits can be built exactly.
+QString currencyPattern(const QLocale& locale, bool negative)
+{
+    QString pattern = locale.toCurrencyString(negative ? -7.0 : 7.0, QString(), 0);
+    const QString seven = locale.toString(7);
+    const qsizetype at = pattern.indexOf(seven);
+    return at < 0 ? pattern : pattern.replace(at, seven.size(), QStringLiteral("%1"));
+}
+
+} // namespace
+
+Money Money::fromInteger(qint64 units)
+{
+    qint64 raw = 0;
+    if (__builtin_mul_overflow(units, Scale, &raw))
+        throw RuntimeError::overflow();
+    return Money(raw);
+}
+
+Money Money::fromDouble(double value)
+{
+    return fromInteger(1) * value;
+}
+
+Money Money::parse(const QString& text, const QLocale& locale)
+{
+    bool overflow = false;
+    if (auto units = parseCurrency(text, locale, &overflow))
+        return Money(*units);
+    if (overflow)
+        throw RuntimeError::overflow();
+    throw RuntimeError::typeMismatch(text);
+}
+
+std::optional<Money> Money::tryParse(const QString& text, const QLocale& locale)
+{
+    bool overflow = false;
+    if (auto units = parseCurrency(text, locale, &overflow))
+        return Money(*units);
+    return std::nullopt;
+}
+
+Money Money::fromDecimalText(const QString& text)
+{
+    bool overflow = false;
+    if (auto units = parseDecimal(text, &overflow))
+        return Money(*units);
+    if (overflow)
+        throw RuntimeError::overflow();
+    throw RuntimeError::typeMismatch(text);
+}
+
+QString Money::toDecimalText() const
+{
+    const Wide magnitude = magnitudeOf(m_raw);
+    const auto whole = static_cast<quint64>(magnitude / Scale);
+    const auto fraction = static_cast<quint64>(magnitude % Scale);
+    return QStringLiteral("%1%2.%3")
+        .arg(m_raw < 0 ? QStringLiteral("-") : QString())
+        .arg(whole)
+        .arg(fraction, 4, 10, QLatin1Char('0'));
+}
+
+QString Money::toCurrencyText(const QLocale& locale) const
+{
+    const Wide cents = divideHalfToEven(magnitudeOf(m_raw), Scale / 100);
+    const auto whole = static_cast<qint64>(cents / 100);
+    const int fraction = static_cast<int>(cents % 100);
+    const QString number = locale.toString(whole) + locale.decimalPoint() + locale.toString(fraction / 10) +
+                           locale.toString(fraction % 10);
+    return currencyPattern(locale, m_raw < 0 && cents != 0).arg(number);
+}
+
+double Money::toDouble() const
+{
+    return static_cast<double>(m_raw) / Scale;
+}
+
+Money Money::operator-() const
+{
+    if (m_raw == std::numeric_limits<qint64>::min())
+        throw RuntimeError::overflow();
+    return Money(-m_raw);
+}
+
+Money& Money::operator+=(Money other)
+{
+    if (__builtin_add_overflow(m_raw, other.m_raw, &m_raw))
+        throw RuntimeError::overflow();
+    return *this;
+}
+
+Money& Money::operator-=(Money other)
+{
+    if (__builtin_sub_overflow(m_raw, other.m_raw, &m_raw))
+        throw RuntimeError::overflow();
+    return *this;
+}
+
+Money operator*(Money amount, double factor)
+{
+    if (!std::isfinite(factor))
+        throw RuntimeError::overflow();
+    // Shortest scientific form: at most 17 mantissa digits and a decimal exponent.
+    char buffer[64];
+    const auto written = std::to_chars(buffer, buffer + sizeof buffer, factor, std::chars_format::scientific);
+    const std::string_view text(buffer, written.ptr - buffer);
+    const std::size_t e = text.find('e');
+    Wide mantissa = 0;
+    int fractionDigits = 0;
+    bool inFraction = false;
+    for (char c : text.substr(0, e)) {
+        if (c == '.') {
+            inFraction = true;
+        } else if (c != '-') {
+            mantissa = mantissa * 10 + (c - '0');
+            fractionDigits += inFraction ? 1 : 0;
+        }
+    }
+    int exponent = 0;
+    std::from_chars(text.data() + e + (text[e + 1] == '+' ? 2 : 1), text.data() + text.size(), exponent);
+    exponent -= fractionDigits;
+
+    Wide product = magnitudeOf(amount.m_raw) * mantissa;
+    for (; exponent > 0 && product != 0; --exponent) {
+        product *= 10;
+        if (product > NegativeLimit)
+            throw RuntimeError::overflow();
+    }
+    if (exponent < 0)
+        product = -exponent > MaxDivisorExponent ? 0 : divideHalfToEven(product, powerOfTen(-exponent));
+    const bool negative = (amount.m_raw < 0) != (factor < 0);
+    if (auto raw = signedAmount(negative, product))
+        return Money(*raw);
+    throw RuntimeError::overflow();
+}
+
+} // namespace xv::common
