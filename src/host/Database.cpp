@@ -1,0 +1,243 @@
+// SPDX-License-Identifier: MIT
+#include "Database.h"
+
+#include "common/RuntimeError.h"
+#include "host/TypeCodes.h"
+
+#include <QAtomicInteger>
+#include <QDateTime>
+#include <QLoggingCategory>
+#include <QSqlDriver>
+#include <QSqlError>
+
+Q_LOGGING_CATEGORY(lcDb, "xv.host.db")
+
+namespace xv::host {
+
+using common::ErrorNumber;
+using common::RuntimeError;
+
+namespace {
+
+QString nextConnectionName()
+{
+    static QAtomicInteger<int> counter;
+    return QStringLiteral("xv-%1").arg(counter.fetchAndAddRelaxed(1));
+}
+
+[[noreturn]] void fail(const QSqlError& error, const QString& statement)
+{
+    const QString text = error.text().trimmed();
+    throw RuntimeError(ErrorNumber::DatabaseError,
+                       statement.isEmpty() ? text : QStringLiteral("%1\n[%2]").arg(text, statement));
+}
+
+} // namespace
+
+ConnectionConfig ConnectionConfig::fromText(const QString& text)
+{
+    ConnectionConfig config;
+    const QString trimmed = text.trimmed();
+    if (trimmed.startsWith(QLatin1String("sqlite:"), Qt::CaseInsensitive)) {
+        config.engine = Engine::SQLite;
+        config.sqlitePath = trimmed.mid(7);
+        return config;
+    }
+    config.engine = Engine::PostgreSQL;
+    const auto words = trimmed.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    for (const QString& word : words) {
+        const qsizetype eq = word.indexOf(QLatin1Char('='));
+        if (eq <= 0)
+            throw RuntimeError(ErrorNumber::InvalidProcedureCall,
+                               QStringLiteral("Connessione non valida: '%1'").arg(word));
+        const QString key = word.left(eq).toLower();
+        const QString value = word.mid(eq + 1);
+        if (key == QLatin1String("host"))
+            config.host = value;
+        else if (key == QLatin1String("port"))
+            config.port = value.toInt();
+        else if (key == QLatin1String("dbname"))
+            config.databaseName = value;
+        else if (key == QLatin1String("user"))
+            config.user = value;
+        else if (key == QLatin1String("password"))
+            config.password = value;
+        else if (key == QLatin1String("schema"))
+            config.schema = value;
+        else
+            throw RuntimeError(ErrorNumber::InvalidProcedureCall,
+                               QStringLiteral("Parametro di connessione sconosciuto: '%1'").arg(key));
+    }
+    if (config.databaseName.isEmpty())
+        config.databaseName = config.user.isEmpty() ? QStringLiteral("postgres") : config.user;
+    return config;
+}
+
+QString ConnectionConfig::describe() const
+{
+    if (engine == Engine::SQLite)
+        return QStringLiteral("SQLite %1").arg(sqlitePath);
+    return QStringLiteral("PostgreSQL %1@%2:%3/%4").arg(user, host).arg(port).arg(databaseName);
+}
+
+Database::Database(const ConnectionConfig& config) : m_config(config), m_connectionName(nextConnectionName())
+{
+    QSqlDatabase db = QSqlDatabase::addDatabase(config.engine == Engine::SQLite ? QStringLiteral("QSQLITE")
+                                                                                : QStringLiteral("QPSQL"),
+                                                m_connectionName);
+    if (!db.isValid())
+        throw RuntimeError(
+            ErrorNumber::DatabaseError,
+            QStringLiteral("Driver di database non disponibile per %1").arg(config.describe()));
+    if (config.engine == Engine::SQLite) {
+        db.setDatabaseName(config.sqlitePath);
+        // Several workstations may share one file: wait for a writer instead of failing at once.
+        db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=5000"));
+    } else {
+        db.setHostName(config.host);
+        db.setPort(config.port);
+        db.setDatabaseName(config.databaseName);
+        db.setUserName(config.user);
+        db.setPassword(config.password);
+        db.setConnectOptions(QStringLiteral("connect_timeout=10"));
+    }
+    if (!db.open()) {
+        const QSqlError error = db.lastError();
+        db = QSqlDatabase();
+        QSqlDatabase::removeDatabase(m_connectionName);
+        throw RuntimeError(
+            ErrorNumber::DatabaseError,
+            QStringLiteral("Impossibile aprire %1: %2").arg(config.describe(), error.text().trimmed()));
+    }
+    if (config.engine == Engine::SQLite) {
+        registerSqliteFunctions(db);
+        executeBound(QStringLiteral("PRAGMA foreign_keys=ON"));
+        executeBound(QStringLiteral("PRAGMA journal_mode=WAL"));
+    } else {
+        if (!config.schema.isEmpty())
+            executeBound(QStringLiteral("SET search_path TO %1").arg(config.schema));
+        executeBound(QStringLiteral("SET datestyle TO 'ISO, DMY'"));
+    }
+    qCDebug(lcDb) << "opened" << config.describe();
+}
+
+Database::~Database()
+{
+    {
+        QSqlDatabase db = QSqlDatabase::database(m_connectionName, false);
+        if (db.isOpen()) {
+            if (m_transactionDepth > 0)
+                db.rollback();
+            db.close();
+        }
+    }
+    QSqlDatabase::removeDatabase(m_connectionName);
+}
+
+QSqlDatabase Database::handle() const
+{
+    return QSqlDatabase::database(m_connectionName, false);
+}
+
+QSqlQuery Database::prepareAndRun(const QString& nativeSql, const QVariantList& values)
+{
+    QSqlQuery query(handle());
+    query.setForwardOnly(true);
+    query.setNumericalPrecisionPolicy(QSql::HighPrecision);
+    if (values.isEmpty()) {
+        if (!query.exec(nativeSql))
+            fail(query.lastError(), nativeSql);
+        return query;
+    }
+    if (!query.prepare(nativeSql))
+        fail(query.lastError(), nativeSql);
+    for (const QVariant& value : values)
+        query.addBindValue(value);
+    if (!query.exec())
+        fail(query.lastError(), nativeSql);
+    return query;
+}
+
+QSqlQuery Database::execute(const QString& suiteSql)
+{
+    return prepareAndRun(rewriteSql(suiteSql, m_config.engine), {});
+}
+
+QSqlQuery Database::executeBound(const QString& nativeSql, const QVariantList& values)
+{
+    return prepareAndRun(nativeSql, values);
+}
+
+int Database::rowsAffected(const QString& suiteSql)
+{
+    return execute(suiteSql).numRowsAffected();
+}
+
+void Database::beginTransaction()
+{
+    if (m_transactionDepth == 0 && !handle().transaction())
+        fail(handle().lastError(), QStringLiteral("BEGIN"));
+    ++m_transactionDepth;
+}
+
+void Database::commit()
+{
+    if (m_transactionDepth == 0)
+        throw RuntimeError(ErrorNumber::InvalidProcedureCall, QStringLiteral("Nessuna transazione aperta"));
+    if (m_transactionDepth == 1 && !handle().commit())
+        fail(handle().lastError(), QStringLiteral("COMMIT"));
+    --m_transactionDepth;
+}
+
+void Database::rollback()
+{
+    if (m_transactionDepth == 0)
+        return;
+    // A nested rollback undoes the whole outer transaction: nothing half-written may survive it.
+    m_transactionDepth = 0;
+    if (!handle().rollback())
+        fail(handle().lastError(), QStringLiteral("ROLLBACK"));
+}
+
+QVariant Database::toStorage(const QVariant& value, int typeCode) const
+{
+    if (value.isNull() || !value.isValid())
+        return value;
+    if (typeCode == TypeCode::Date) {
+        QDateTime when;
+        if (value.metaType().id() == QMetaType::QDate)
+            when = value.toDate().startOfDay();
+        else if (value.metaType().id() == QMetaType::QDateTime)
+            when = value.toDateTime();
+        else
+            return value;
+        if (m_config.engine == Engine::SQLite)
+            return when.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+        return when;
+    }
+    return value;
+}
+
+Transaction::Transaction(Database& db) : m_db(db)
+{
+    m_db.beginTransaction();
+}
+
+Transaction::~Transaction()
+{
+    if (!m_done) {
+        try {
+            m_db.rollback();
+        } catch (const std::exception& e) {
+            qCWarning(lcDb) << "rollback failed:" << e.what();
+        }
+    }
+}
+
+void Transaction::commit()
+{
+    m_db.commit();
+    m_done = true;
+}
+
+} // namespace xv::host

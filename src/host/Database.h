@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "host/SqlDialect.h"
+
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QString>
+#include <QVariant>
+
+namespace xv::host {
+
+// Where the data live: the embedded SQLite file, or a shop's shared PostgreSQL server.
+struct ConnectionConfig
+{
+    Engine engine = Engine::SQLite;
+    QString sqlitePath;
+    QString host = QStringLiteral("127.0.0.1");
+    int port = 5432;
+    QString databaseName;
+    QString user;
+    QString password;
+    QString schema; // PostgreSQL only: empty means the server's default search path
+
+    // "sqlite:/path/file.db" or a libpq-style "host=... port=... dbname=... user=... password=... schema=...".
+    static ConnectionConfig fromText(const QString& text);
+    QString describe() const;
+};
+
+// The one open connection of the program, in the suite's SQL dialect: every text passes through the
+// dialect rewrite before it reaches the engine.
+class Database
+{
+public:
+    explicit Database(const ConnectionConfig& config);
+    ~Database();
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+
+    Engine engine() const { return m_config.engine; }
+    const ConnectionConfig& config() const { return m_config; }
+    QSqlDatabase handle() const;
+
+    // Runs a statement written in the suite's dialect; values must already be quoted with sqlEscape.
+    QSqlQuery execute(const QString& suiteSql);
+    // Runs a statement of our own, native to the engine, with bound placeholders.
+    QSqlQuery executeBound(const QString& nativeSql, const QVariantList& values = {});
+    int rowsAffected(const QString& suiteSql);
+
+    void beginTransaction();
+    void commit();
+    void rollback();
+    bool inTransaction() const { return m_transactionDepth > 0; }
+
+    // How a value is handed to the engine for a column of the given type code.
+    QVariant toStorage(const QVariant& value, int typeCode) const;
+
+private:
+    QSqlQuery prepareAndRun(const QString& nativeSql, const QVariantList& values);
+
+    ConnectionConfig m_config;
+    QString m_connectionName;
+    int m_transactionDepth = 0;
+};
+
+// Rolls back unless commit() was called: an early return or an exception never leaves half a write.
+class Transaction
+{
+public:
+    explicit Transaction(Database& db);
+    ~Transaction();
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+    void commit();
+
+private:
+    Database& m_db;
+    bool m_done = false;
+};
+
+} // namespace xv::host

@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "host/IHost.h"
+
+#include <QPointer>
+#include <QWidget>
+
+#include <memory>
+#include <optional>
+
+namespace xv::host {
+
+struct HostOptions
+{
+    QString dataPath;                      // folder of the log, the embedded database and local files
+    std::optional<QString> connectionText; // where the data are; unset: configuration file, then embedded
+    bool fillDemoData = true;              // fill a newly created embedded database with a demo shop
+    QString userName;                      // empty: the operating system's user
+    QString stationName;                   // empty: the machine's name
+
+    // Reads XVELARIO_DATA, XVELARIO_DB, XVELARIO_USER and XVELARIO_STATION.
+    static HostOptions fromEnvironment();
+};
+
+class Host : public IHost
+{
+public:
+    explicit Host(HostOptions options);
+    ~Host() override;
+
+    bool Initialize() override;
+    void Terminate() override;
+
+    QString GetSetting(const QString& section, const QString& key, const QString& defaultValue,
+                       const QString& store) override;
+    void SaveSetting(const QString& section, const QString& key, const QString& value,
+                     const QString& store) override;
+
+    Database& GetConnection() override;
+    Recordset OpenRecordset(const QString& sql, int cursorType = -1, int lockType = 0) override;
+    Recordset OpenSchema(int kind, const QString& table) override;
+    QString LookupByTwoKeys(const QString& table, const QString& firstKeyField, const QString& secondKeyField,
+                            const QString& firstKeyValue, const QString& secondKeyValue,
+                            const QString& resultField) override;
+
+    QString GetAppTitle() override;
+    QString GetDataName() override;
+    QString GetCaptionDetail() override;
+    QString GetUserName() override;
+    QString GetStationName() override;
+
+    void ReportError(const QString& source, const QString& text, bool show) override;
+
+    QWidget* AttachForm(QWidget* form, bool attach) override;
+    void RegisterForm(QWidget* form) override;
+
+    QString LockRecord(quintptr window, qint32 number, const QString& table) override;
+    bool ReleaseRecordLock(quintptr window) override;
+    void ClearRecordLock() override;
+
+    bool IsControlSlipMode() override;
+    void FilterKeyPress(int& keyCode) override;
+    void FillMenuFromQuery(MenuArray& menu, const QString& sql, const QString& captionField,
+                           const QString& tagField) override;
+    void SendMail(const QString& recipient, const QString& subject, const QString& body, const QString& copy,
+                  const QString& blindCopy, QString& result) override;
+    QString GetMailFooter() override;
+    int PrintReport(const QString& sql) override;
+
+    qint16 GetDefaultPayment() override;
+    qint16 GetVatDefault() override;
+    qint16 GetStockThreshold() override;
+    WalkInAddress GetWalkInAddress() override;
+
+    Colour GetLockedColor() override;
+    Colour GetDisabledColor() override;
+    Colour GetInactiveColor() override;
+    Colour GetCollectedColor() override;
+    Colour GetIssuedColor() override;
+
+    QString GetDataPath() override;
+    bool FileExists(const QString& path, int attributes = 0) override;
+    int PadWidth(const QString& text, int width, int mode = 0) override;
+
+    QString logFilePath() const;
+    QWidget* registeredForm() const { return m_form; }
+
+private:
+    void writeLog(const QString& line);
+    Colour colourSetting(const QString& key, Colour defaultColour);
+    qint16 numberSetting(const QString& key, qint16 defaultValue);
+
+    HostOptions m_options;
+    std::unique_ptr<Database> m_db;
+    QPointer<QWidget> m_form;
+    struct HeldLock
+    {
+        QString table;
+        qint32 number = 0;
+        quintptr window = 0;
+    };
+    std::optional<HeldLock> m_lastLock;
+};
+
+// A colour setting's text: "&HFF00" (the suite's hexadecimal form, blue-green-red) or a decimal number.
+std::optional<Colour> parseColour(const QString& text);
+
+} // namespace xv::host

@@ -1,0 +1,350 @@
+// SPDX-License-Identifier: MIT
+#include "Schema.h"
+
+#include "common/RuntimeError.h"
+#include "host/Database.h"
+#include "host/SqlText.h"
+#include "host/TypeCodes.h"
+
+#include <QLoggingCategory>
+#include <QSqlQuery>
+
+#include <functional>
+
+Q_LOGGING_CATEGORY(lcSchema, "xv.host.schema")
+
+namespace xv::host {
+
+using common::ErrorNumber;
+using common::RuntimeError;
+
+namespace {
+
+enum class Kind { Key, SmallInt, Integer, Single, Double, Currency, Date, Text };
+
+struct Column
+{
+    const char* name;
+    Kind kind;
+};
+
+// The order lines: every order row repeats the whole header. The order of the columns is part of the
+// contract with the lines grid, which addresses them by position.
+const Column kMovimenti[] = {
+    {"rowid", Kind::Key},
+    {"Tipogestione", Kind::Text},
+    {"Tipomovimento", Kind::Text},
+    {"rowid_utente", Kind::Integer},
+    {"Riga", Kind::SmallInt},
+    {"rowid_testata", Kind::Integer},
+    {"rowid_deposito", Kind::Integer},
+    {"numero", Kind::Text},
+    {"documento", Kind::Text},
+    {"serie", Kind::Text},
+    {"datadocumento", Kind::Date},
+    {"datareg", Kind::Date},
+    {"Datadal", Kind::Date},
+    {"oradal", Kind::Date},
+    {"Dataal", Kind::Date},
+    {"oraal", Kind::Date},
+    {"codice_med", Kind::Text},
+    {"rowid_med", Kind::Integer},
+    {"Descrizione1", Kind::Text},
+    {"Descrizione2", Kind::Text},
+    {"rowid_controparti", Kind::Integer},
+    {"Nominativo", Kind::Text},
+    {"codenominativo", Kind::Text},
+    {"Indirizzo", Kind::Text},
+    {"Cap", Kind::Text},
+    {"comune", Kind::Text},
+    {"Spedizione", Kind::Text},
+    {"provincia", Kind::Text},
+    {"Strada", Kind::Text},
+    {"telefono", Kind::Text},
+    {"Cellulare", Kind::Text},
+    {"Email", Kind::Text},
+    {"qta", Kind::Single},
+    {"quantita", Kind::Double},
+    {"prezzo", Kind::Currency},
+    {"prezzo2", Kind::Currency},
+    {"sconto1", Kind::Single},
+    {"sconto2", Kind::Single},
+    {"codice_iva", Kind::SmallInt},
+    {"percentuale", Kind::Single},
+    {"imponibile", Kind::Currency},
+    {"imposta", Kind::Currency},
+    {"totale", Kind::Currency},
+    {"attrib00", Kind::Text},
+    {"attrib01", Kind::Text},
+    {"attrib02", Kind::Text},
+    {"attrib03", Kind::Text},
+    {"attrib04", Kind::Text},
+    {"attrib05", Kind::Date},
+    {"attrib06", Kind::Text},
+    {"attrib07", Kind::Text},
+    {"attrib08", Kind::Text},
+    {"attrib09", Kind::Text},
+    {"attrib10", Kind::Text},
+    {"StatoRiga", Kind::Text},
+    {"Tipo", Kind::Text},
+    {"note", Kind::Text},
+    {"Rowid_Pagamento", Kind::Integer},
+    {"pagamento", Kind::Text},
+    {"referente", Kind::Text},
+    {"riferimenti", Kind::Text},
+};
+
+const Column kNumeratori[] = {
+    {"idnumeratore", Kind::Key}, {"codtipodoc", Kind::Text}, {"tipodocumento", Kind::Text},
+    {"serie", Kind::Text},       {"numero", Kind::Integer},  {"dataultdoc", Kind::Date},
+};
+
+// Customers ('C'), suppliers ('F') and the suppliers' agents ('A').
+const Column kControparti[] = {
+    {"rowid", Kind::Key},         {"tipocontroparte", Kind::Text}, {"Code", Kind::Text},
+    {"ragsoc", Kind::Text},       {"Indirizzo", Kind::Text},       {"Cap", Kind::Text},
+    {"comune", Kind::Text},       {"provincia", Kind::Text},       {"telefono", Kind::Text},
+    {"Cellulare", Kind::Text},    {"Email", Kind::Text},           {"Rowid_Pagamento", Kind::Integer},
+    {"codagente", Kind::Integer}, {"partitaiva", Kind::Text},      {"note", Kind::Text},
+};
+
+const Column kMed[] = {
+    {"rowid", Kind::Key},
+    {"codice", Kind::Text},
+    {"descrizione", Kind::Text},
+    {"categoria", Kind::Text},
+    {"tipo", Kind::Text},
+    {"um", Kind::Text},
+    {"prezzo_vendita", Kind::Currency},
+    {"prezzo_acquisto", Kind::Currency},
+    {"quantita_reale", Kind::Double},
+    {"quantita_disponibile", Kind::Double},
+    {"quantita_ordinata", Kind::Double},
+    {"quantita_impegnata", Kind::Double},
+    {"rowid_fornitore", Kind::Integer},
+};
+
+// Bills of materials: an assembled article ('P' rows) made of components with their quantities.
+const Column kProduzione[] = {
+    {"rowid", Kind::Key},     {"Tipo", Kind::Text},    {"Codice_A", Kind::Text},
+    {"Codice_P", Kind::Text}, {"Qta_P", Kind::Double},
+};
+
+const Column kUtenti[] = {
+    {"rowid", Kind::Key},
+    {"nomeutente", Kind::Text},
+    {"nominativo", Kind::Text},
+    {"attivo", Kind::SmallInt},
+};
+
+QString sqlType(Kind kind, Engine engine)
+{
+    const bool pg = engine == Engine::PostgreSQL;
+    switch (kind) {
+    case Kind::Key:
+        return pg ? QStringLiteral("serial primary key")
+                  : QStringLiteral("INTEGER PRIMARY KEY AUTOINCREMENT");
+    case Kind::SmallInt:
+        return pg ? QStringLiteral("smallint") : QStringLiteral("SMALLINT");
+    case Kind::Integer:
+        return pg ? QStringLiteral("integer") : QStringLiteral("INTEGER");
+    case Kind::Single:
+        return pg ? QStringLiteral("real") : QStringLiteral("SINGLE");
+    case Kind::Double:
+        return pg ? QStringLiteral("double precision") : QStringLiteral("DOUBLE");
+    case Kind::Currency:
+        return pg ? QStringLiteral("numeric(19,4)") : QStringLiteral("CURRENCY");
+    case Kind::Date:
+        return pg ? QStringLiteral("timestamp") : QStringLiteral("DATETIME");
+    case Kind::Text:
+        return pg ? QStringLiteral("text") : QStringLiteral("TEXT");
+    }
+    return {};
+}
+
+template <std::size_t N> QString createTable(const char* table, const Column (&columns)[N], Engine engine)
+{
+    QStringList parts;
+    for (const Column& column : columns)
+        parts << QStringLiteral("%1 %2").arg(QLatin1String(column.name), sqlType(column.kind, engine));
+    return QStringLiteral("create table %1 (%2)").arg(QLatin1String(table), parts.join(QStringLiteral(", ")));
+}
+
+// Orders are the rows whose document type is the one the order counters hand out; that stays true
+// after a status change, which rewrites the movement type of collected orders.
+const char* const kOrderRows = "documento in (select tipodocumento from numeratori where codtipodoc='CO')";
+
+QStringList viewsAndIndexes()
+{
+    const QString orderRows = QLatin1String(kOrderRows);
+    return {
+        QStringLiteral(
+            "create view mov_co as select numero as commissione, serie, documento, "
+            "min(datadocumento) as [Data Commissione], min(Nominativo) as Nominativo, "
+            "min(StatoRiga) as StatoRiga from movimenti where %1 group by numero, serie, documento")
+            .arg(orderRows),
+        QStringLiteral(
+            "create view Doc_Commissioni_testate as select m.numero as numero, m.serie as serie, "
+            "m.documento as documento, m.datadocumento as DataComm, m.Nominativo as Nominativo, "
+            "m.codenominativo as codenominativo, m.rowid_controparti as rowid_controparti, "
+            "m.telefono as telefono, m.Cellulare as Cellulare, m.Email as Email, "
+            "m.Datadal as DataRitiro, m.Dataal as DataRitiro2, m.attrib04 as Cerimonia, "
+            "m.attrib05 as DataCerimonia, m.attrib06 as NomeFesteggiato, m.attrib07 as Note, "
+            "m.attrib08 as Dicitura, m.attrib00 as Biglietti, m.attrib01 as Amuleto, "
+            "m.StatoRiga as [STATO COMMISSIONE], t.totale as Totale, t.acconto as Acconto, t.righe as Righe "
+            "from movimenti m inner join (select min(rowid) as primo, sum(totale) as totale, "
+            "sum(prezzo2) as acconto, count(*) as righe from movimenti where %1 "
+            "group by documento, serie, numero) t on m.rowid = t.primo")
+            .arg(orderRows),
+        QStringLiteral("create view doc_righemov as select m.rowid as rowid, m.documento as documento, "
+                       "m.serie as serie, m.numero as numero, m.datadocumento as datadocumento, "
+                       "m.Tipomovimento as tipomovimento, m.rowid_controparti as rowid_controparte, "
+                       "m.Nominativo as nominativo, m.codice_med as codice, m.rowid_med as rowid_med, "
+                       "m.Descrizione1 as descrizione, m.qta as qta, m.prezzo as prezzo, m.totale as totale, "
+                       "m.StatoRiga as statoriga from movimenti m"),
+        QStringLiteral("create index ix_movimenti_numero on movimenti (numero, serie)"),
+        QStringLiteral("create index ix_movimenti_documento on movimenti (documento, serie, numero)"),
+        QStringLiteral("create index ix_movimenti_codice on movimenti (codice_med)"),
+        QStringLiteral("create index ix_movimenti_data on movimenti (datadocumento)"),
+        QStringLiteral("create index ix_movimenti_controparte on movimenti (rowid_controparti)"),
+        QStringLiteral("create unique index ix_numeratori_chiave on numeratori (codtipodoc, serie)"),
+        QStringLiteral("create unique index ix_med_codice on med (codice)"),
+        QStringLiteral("create index ix_med_categoria on med (categoria)"),
+        QStringLiteral("create index ix_controparti_ragsoc on controparti (ragsoc)"),
+        QStringLiteral("create index ix_controparti_tipo on controparti (tipocontroparte)"),
+        QStringLiteral("create index ix_produzione_articolo on Produzione (Tipo, Codice_A)"),
+        QStringLiteral("create unique index ix_utenti_nome on Utenti (nomeutente)"),
+    };
+}
+
+QStringList version1(Engine engine)
+{
+    const bool pg = engine == Engine::PostgreSQL;
+    QStringList statements;
+    statements << createTable("movimenti", kMovimenti, engine)
+               << createTable("numeratori", kNumeratori, engine)
+               << createTable("controparti", kControparti, engine) << createTable("med", kMed, engine)
+               << createTable("Produzione", kProduzione, engine) << createTable("Utenti", kUtenti, engine);
+    // Settings are addressed by store, section and key without regard to case: they are kept lower case.
+    statements << QStringLiteral("create table impostazioni (archivio %1 not null, sezione %1 not null, "
+                                 "chiave %1 not null, valore %1, primary key (archivio, sezione, chiave))")
+                      .arg(sqlType(Kind::Text, engine));
+    statements << QStringLiteral("create table blocchi_record (tabella %1 not null, record integer not null, "
+                                 "finestra %2 not null, postazione %1, utente %1, dal %3, "
+                                 "primary key (tabella, record))")
+                      .arg(sqlType(Kind::Text, engine),
+                           pg ? QStringLiteral("bigint") : QStringLiteral("INTEGER"),
+                           sqlType(Kind::Date, engine));
+    statements << viewsAndIndexes();
+    return statements;
+}
+
+using Migration = std::function<QStringList(Engine)>;
+const Migration kMigrations[] = {version1};
+
+int typeCodeOfDeclared(const QString& declared)
+{
+    const QString t = declared.trimmed().toLower();
+    if (t == QLatin1String("smallint"))
+        return TypeCode::SmallInt;
+    if (t.startsWith(QLatin1String("int")) || t == QLatin1String("serial") || t == QLatin1String("long"))
+        return TypeCode::Integer;
+    if (t == QLatin1String("bigint"))
+        return TypeCode::BigInt;
+    if (t == QLatin1String("single") || t == QLatin1String("real"))
+        return TypeCode::Single;
+    if (t == QLatin1String("double") || t == QLatin1String("double precision"))
+        return TypeCode::Double;
+    if (t == QLatin1String("currency") || t == QLatin1String("numeric(19,4)"))
+        return TypeCode::Currency;
+    if (t.startsWith(QLatin1String("numeric")))
+        return TypeCode::Numeric;
+    if (t.startsWith(QLatin1String("datetime")) || t.startsWith(QLatin1String("timestamp")) ||
+        t == QLatin1String("date"))
+        return TypeCode::Date;
+    if (t == QLatin1String("boolean"))
+        return TypeCode::Boolean;
+    return TypeCode::Text;
+}
+
+} // namespace
+
+QVector<ColumnInfo> tableColumns(Database& db, const QString& table)
+{
+    QVector<ColumnInfo> columns;
+    if (db.engine() == Engine::SQLite) {
+        QSqlQuery query =
+            db.executeBound(QStringLiteral("select name, type from pragma_table_info(?)"), {table});
+        while (query.next())
+            columns.push_back({query.value(0).toString(), typeCodeOfDeclared(query.value(1).toString())});
+        return columns;
+    }
+    QSqlQuery query = db.executeBound(
+        QStringLiteral("select column_name, data_type, numeric_precision, numeric_scale "
+                       "from information_schema.columns where table_schema = current_schema() "
+                       "and table_name = ? order by ordinal_position"),
+        {table.toLower()});
+    while (query.next()) {
+        QString type = query.value(1).toString();
+        if (type == QLatin1String("numeric"))
+            type = QStringLiteral("numeric(%1,%2)").arg(query.value(2).toInt()).arg(query.value(3).toInt());
+        columns.push_back({query.value(0).toString(), typeCodeOfDeclared(type)});
+    }
+    return columns;
+}
+
+int latestSchemaVersion()
+{
+    return static_cast<int>(std::size(kMigrations));
+}
+
+int schemaVersion(Database& db)
+{
+    QSqlQuery exists =
+        db.engine() == Engine::SQLite
+            ? db.executeBound(QStringLiteral(
+                  "select count(*) from sqlite_master where type='table' and name='versione_schema'"))
+            : db.executeBound(
+                  QStringLiteral("select count(*) from information_schema.tables "
+                                 "where table_schema = current_schema() and table_name = 'versione_schema'"));
+    if (!exists.next() || exists.value(0).toInt() == 0)
+        return 0;
+    QSqlQuery query = db.executeBound(QStringLiteral("select max(versione) from versione_schema"));
+    return query.next() ? query.value(0).toInt() : 0;
+}
+
+int migrate(Database& db)
+{
+    const int before = schemaVersion(db);
+    if (before > latestSchemaVersion())
+        throw RuntimeError(ErrorNumber::DatabaseError,
+                           QStringLiteral("Il database è di una versione più recente del programma (%1 > %2)")
+                               .arg(before)
+                               .arg(latestSchemaVersion()));
+    Transaction transaction(db);
+    // The dialect's functions are replaced on every start, so a newer program brings its fixes to an
+    // existing database. Their bodies are native SQL and must not pass through the dialect rewrite.
+    if (db.engine() == Engine::PostgreSQL) {
+        for (const QString& definition : postgresFunctionDefinitions())
+            db.executeBound(definition);
+    }
+    if (before == latestSchemaVersion()) {
+        transaction.commit();
+        return before;
+    }
+    if (before == 0)
+        db.executeBound(
+            QStringLiteral("create table versione_schema (versione integer not null, applicata %1)")
+                .arg(sqlType(Kind::Date, db.engine())));
+    for (int version = before + 1; version <= latestSchemaVersion(); ++version) {
+        qCInfo(lcSchema) << "applying schema version" << version;
+        for (const QString& statement : kMigrations[version - 1](db.engine()))
+            db.execute(statement);
+        db.execute(QStringLiteral("insert into versione_schema (versione, applicata) values (%1, now)")
+                       .arg(version));
+    }
+    transaction.commit();
+    return before;
+}
+
+} // namespace xv::host

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "host/IHost.h"
+
+#include <memory>
+
+namespace xv::host {
+
+// The three service objects of the suite, each made the first time it is needed and kept for the run.
+IHost& host();
+IFormSettings& formSettings();
+IListWindow& listWindow();
+
+// Puts other service objects in place (tests, or a start-up with other options); null brings back
+// the default, made again on next use.
+void setHost(std::unique_ptr<IHost> service);
+void setFormSettings(std::unique_ptr<IFormSettings> service);
+void setListWindow(std::unique_ptr<IListWindow> service);
+void resetServices();
+
+// Form settings kept per workstation in an INI file of the data folder.
+class IniFormSettings : public IFormSettings
+{
+public:
+    explicit IniFormSettings(QString filePath);
+    QString GetSetting(const QString& section, const QString& key, const QString& defaultValue) override;
+    void SaveSetting(const QString& section, const QString& key, const QString& value) override;
+
+private:
+    QString m_filePath;
+};
+
+// The list window arrives with the order search; until then asking for it is an error, not a no-op.
+class PendingListWindow : public IListWindow
+{
+public:
+    void SelectFromList(const QString& source, int mode, const QString& caption, bool& confirmed) override;
+    Recordset GetSelectedRows() override;
+};
+
+} // namespace xv::host

@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: MIT
+#include "TestDatabase.h"
+
+#include <QRandomGenerator>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+
+namespace xv::test {
+
+namespace {
+
+// Runs one statement on the server on a short-lived connection of its own.
+QString adminExec(const QString& base, const QString& statement)
+{
+    const QString name = QStringLiteral("xv-test-admin-%1").arg(QRandomGenerator::global()->generate());
+    QString error;
+    {
+        const host::ConnectionConfig config = host::ConnectionConfig::fromText(base);
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), name);
+        db.setHostName(config.host);
+        db.setPort(config.port);
+        db.setDatabaseName(config.databaseName);
+        db.setUserName(config.user);
+        db.setPassword(config.password);
+        if (!db.open()) {
+            error = db.lastError().text();
+        } else {
+            QSqlQuery query(db);
+            if (!query.exec(statement))
+                error = query.lastError().text();
+            db.close();
+        }
+    }
+    QSqlDatabase::removeDatabase(name);
+    return error;
+}
+
+} // namespace
+
+bool postgresRequired()
+{
+    return !qEnvironmentVariableIsEmpty("XV_TEST_REQUIRE_PG") || qEnvironmentVariable("CI") == QLatin1String("true");
+}
+
+TestDatabase::TestDatabase(host::Engine engine) : m_engine(engine)
+{
+    if (!m_dir.isValid()) {
+        m_reason = QStringLiteral("no temporary folder");
+        return;
+    }
+    if (engine == host::Engine::SQLite) {
+        m_available = true;
+        return;
+    }
+    m_pgBase = qEnvironmentVariable("XV_TEST_PG");
+    if (m_pgBase.isEmpty()) {
+        m_reason = QStringLiteral("XV_TEST_PG is not set: no PostgreSQL server to test on");
+        return;
+    }
+    m_schema = QStringLiteral("t_%1").arg(QRandomGenerator::global()->generate64(), 0, 16);
+    const QString error = adminExec(m_pgBase, QStringLiteral("create schema %1").arg(m_schema));
+    if (!error.isEmpty()) {
+        m_reason = QStringLiteral("PostgreSQL not reachable: ") + error;
+        return;
+    }
+    m_available = true;
+}
+
+TestDatabase::~TestDatabase()
+{
+    if (m_engine == host::Engine::PostgreSQL && m_available)
+        adminExec(m_pgBase, QStringLiteral("drop schema %1 cascade").arg(m_schema));
+}
+
+QString TestDatabase::connectionText() const
+{
+    if (m_engine == host::Engine::SQLite)
+        return QStringLiteral("sqlite:") + dataPath() + QStringLiteral("test.db");
+    return m_pgBase + QStringLiteral(" schema=") + m_schema;
+}
+
+host::HostOptions TestDatabase::hostOptions() const
+{
+    host::HostOptions options;
+    options.dataPath = dataPath();
+    options.connectionText = connectionText();
+    options.fillDemoData = false;
+    options.userName = QStringLiteral("tester");
+    options.stationName = QStringLiteral("BANCO1");
+    return options;
+}
+
+void EngineTest::SetUp()
+{
+    m_database = std::make_unique<TestDatabase>(GetParam());
+    if (!m_database->available()) {
+        if (GetParam() == host::Engine::PostgreSQL && !postgresRequired())
+            GTEST_SKIP() << m_database->reason().toStdString();
+        FAIL() << m_database->reason().toStdString();
+    }
+}
+
+void EngineTest::TearDown()
+{
+    m_database.reset();
+}
+
+std::string engineName(const ::testing::TestParamInfo<host::Engine>& info)
+{
+    return info.param == host::Engine::SQLite ? "SQLite" : "PostgreSQL";
+}
+
+} // namespace xv::test

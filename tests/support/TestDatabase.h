@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "host/Database.h"
+#include "host/Host.h"
+
+#include <gtest/gtest.h>
+
+#include <QTemporaryDir>
+
+#include <memory>
+#include <string>
+
+namespace xv::test {
+
+// A fresh, empty database for one test: a file in a temporary folder, or a new schema on the
+// PostgreSQL server named by XV_TEST_PG, dropped again at the end.
+class TestDatabase
+{
+public:
+    explicit TestDatabase(host::Engine engine);
+    ~TestDatabase();
+
+    // Empty when the engine cannot be reached; the reason says why.
+    bool available() const { return m_available; }
+    const QString& reason() const { return m_reason; }
+
+    host::Engine engine() const { return m_engine; }
+    QString dataPath() const { return m_dir.path() + QLatin1Char('/'); }
+    QString connectionText() const;
+    host::ConnectionConfig config() const { return host::ConnectionConfig::fromText(connectionText()); }
+    // Host options on this database, demo data off, a fixed operator and workstation.
+    host::HostOptions hostOptions() const;
+
+private:
+    host::Engine m_engine;
+    QTemporaryDir m_dir;
+    bool m_available = false;
+    QString m_reason;
+    QString m_pgBase;
+    QString m_schema;
+};
+
+// PostgreSQL must be there when the test script started it or in CI; elsewhere its tests are skipped.
+bool postgresRequired();
+
+// Base of the tests that run once per engine.
+class EngineTest : public ::testing::TestWithParam<host::Engine>
+{
+protected:
+    void SetUp() override;
+    void TearDown() override;
+    TestDatabase& database() { return *m_database; }
+
+private:
+    std::unique_ptr<TestDatabase> m_database;
+};
+
+std::string engineName(const ::testing::TestParamInfo<host::Engine>& info);
+
+#define XV_INSTANTIATE_FOR_ENGINES(Suite)                                                                  \
+    INSTANTIATE_TEST_SUITE_P(Engines, Suite,                                                               \
+                             ::testing::Values(::xv::host::Engine::SQLite, ::xv::host::Engine::PostgreSQL), \
+                             ::xv::test::engineName)
+
+} // namespace xv::test
