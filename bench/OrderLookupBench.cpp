@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: MIT
+// Finding and reading one order among many: what the operator waits for when typing an order number.
+// Point XV_BENCH_DB at a database built by xvelario-makedb (for example --rows 1000000) to measure a
+// shop of that size; without it a database of some tens of thousands of rows is built once here.
+#include "host/Database.h"
+#include "host/DemoData.h"
+#include "host/Recordset.h"
+#include "host/Schema.h"
+#include "host/SqlText.h"
+
+#include <benchmark/benchmark.h>
+
+#include <QDate>
+#include <QTemporaryDir>
+
+#include <memory>
+
+namespace {
+
+using namespace xv::host;
+
+struct Shop
+{
+    std::unique_ptr<QTemporaryDir> dir;
+    std::unique_ptr<Database> db;
+    QString number;
+    int year = 0;
+};
+
+Shop& shop()
+{
+    static Shop s = [] {
+        Shop made;
+        QString path = qEnvironmentVariable("XV_BENCH_DB");
+        const bool build = path.isEmpty();
+        if (build) {
+            made.dir = std::make_unique<QTemporaryDir>();
+            path = made.dir->path() + QStringLiteral("/bench.db");
+        }
+        ConnectionConfig config;
+        config.sqlitePath = path;
+        made.db = std::make_unique<Database>(config);
+        migrate(*made.db);
+        if (build) {
+            DemoOptions options;
+            options.orders = 20000;
+            fillDemoData(*made.db, options);
+        }
+        Recordset last = Recordset::open(
+            *made.db, QStringLiteral("select numero, serie from mov_co order by serie desc, val(numero) desc"));
+        made.number = last.text(QStringLiteral("numero"));
+        if (made.number.isEmpty())
+            made.number = last.text(QStringLiteral("commissione"));
+        made.year = last.text(QStringLiteral("serie")).toInt();
+        return made;
+    }();
+    return s;
+}
+
+void findAndReadOrder(benchmark::State& state)
+{
+    Shop& s = shop();
+    const QString number = sqlEscape(s.number);
+    const QString year = QString::number(s.year);
+    const QString lastYear = QString::number(QDate::currentDate().year() - 1);
+    int lines = 0;
+    for (auto _ : state) {
+        Recordset exists = Recordset::open(
+            *s.db, QStringLiteral("select commissione from mov_co where commissione='%1' and year([Data "
+                                  "Commissione]) IN ( %2 , %3 )")
+                       .arg(number, lastYear, year));
+        Recordset deposit = Recordset::open(
+            *s.db, QStringLiteral("select sum(m1.prezzo2) as totaleacconto from movimenti AS m1 where m1.numero='%1'")
+                       .arg(number));
+        Recordset total = Recordset::open(
+            *s.db,
+            QStringLiteral("select sum(m1.totale) as TotaleCommissione from movimenti AS m1 where m1.numero='%1'")
+                .arg(number));
+        Recordset rows = Recordset::open(
+            *s.db, QStringLiteral("select * from movimenti where numero='%1' and val(serie) in (%2,%3)")
+                       .arg(number, QString::number(s.year - 1), year));
+        lines = rows.recordCount();
+        benchmark::DoNotOptimize(exists.eof());
+        benchmark::DoNotOptimize(deposit.eof() || total.eof());
+    }
+    state.counters["lines"] = lines;
+}
+BENCHMARK(findAndReadOrder)->Unit(benchmark::kMillisecond);
+
+void tableStructure(benchmark::State& state)
+{
+    Shop& s = shop();
+    for (auto _ : state)
+        benchmark::DoNotOptimize(tableColumns(*s.db, QStringLiteral("movimenti")));
+}
+BENCHMARK(tableStructure)->Unit(benchmark::kMicrosecond);
+
+} // namespace
