@@ -47,10 +47,9 @@ Shop& shop()
             fillDemoData(*made.db, options);
         }
         Recordset last = Recordset::open(
-            *made.db, QStringLiteral("select numero, serie from mov_co order by serie desc, val(numero) desc"));
-        made.number = last.text(QStringLiteral("numero"));
-        if (made.number.isEmpty())
-            made.number = last.text(QStringLiteral("commissione"));
+            *made.db,
+            QStringLiteral("select commissione, serie from mov_co order by serie desc, val(commissione) desc"));
+        made.number = last.text(QStringLiteral("commissione"));
         made.year = last.text(QStringLiteral("serie")).toInt();
         return made;
     }();

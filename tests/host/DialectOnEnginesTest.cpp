@@ -26,16 +26,14 @@ struct Line
     QString biglietti;
 };
 
-class DialectOnEnginesTest : public test::EngineTest
+class DialectOnEnginesTest : public test::SchemaTest
 {
 protected:
     void SetUp() override
     {
-        EngineTest::SetUp();
+        SchemaTest::SetUp();
         if (IsSkipped() || HasFatalFailure())
             return;
-        m_db = std::make_unique<host::Database>(database().config());
-        host::migrate(*m_db);
         db().execute("insert into numeratori (codtipodoc, tipodocumento, serie, numero) values ('CO','COMM','2026',3)");
         db().execute("insert into numeratori (codtipodoc, tipodocumento, serie, numero) values ('CO','COMM','2025',9)");
         const Line lines[] = {
@@ -62,12 +60,6 @@ protected:
             t.update();
         }
     }
-    void TearDown() override
-    {
-        m_db.reset();
-        EngineTest::TearDown();
-    }
-    host::Database& db() { return *m_db; }
     QStringList column(const QString& sql, const QString& field)
     {
         QStringList values;
@@ -75,8 +67,6 @@ protected:
             values << rs.text(field);
         return values;
     }
-
-    std::unique_ptr<host::Database> m_db;
 };
 
 TEST_P(DialectOnEnginesTest, OrderExistsInMovCoForTheYearAndTheYearBefore)

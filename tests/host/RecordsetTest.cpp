@@ -15,31 +15,14 @@ using namespace xv;
 using common::Money;
 using host::Recordset;
 
-class RecordsetTest : public test::EngineTest
+class RecordsetTest : public test::SchemaTest
 {
 protected:
-    void SetUp() override
-    {
-        EngineTest::SetUp();
-        if (IsSkipped() || HasFatalFailure())
-            return;
-        m_db = std::make_unique<host::Database>(database().config());
-        host::migrate(*m_db);
-    }
-    void TearDown() override
-    {
-        m_db.reset();
-        EngineTest::TearDown();
-    }
-    host::Database& db() { return *m_db; }
-
     int count(const QString& sql)
     {
         Recordset rs = Recordset::open(db(), sql);
         return rs.value(0).toInt();
     }
-
-    std::unique_ptr<host::Database> m_db;
 };
 
 TEST_P(RecordsetTest, AddNewWritesEveryKindOfValueAndReadsItBack)

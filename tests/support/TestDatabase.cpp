@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "TestDatabase.h"
 
+#include "host/Schema.h"
+
 #include <QRandomGenerator>
 #include <QSqlDatabase>
 #include <QSqlError>
@@ -104,6 +106,21 @@ void EngineTest::SetUp()
 void EngineTest::TearDown()
 {
     m_database.reset();
+}
+
+void SchemaTest::SetUp()
+{
+    EngineTest::SetUp();
+    if (IsSkipped() || HasFatalFailure())
+        return;
+    m_db = std::make_unique<host::Database>(database().config());
+    host::migrate(*m_db);
+}
+
+void SchemaTest::TearDown()
+{
+    m_db.reset();
+    EngineTest::TearDown();
 }
 
 std::string engineName(const ::testing::TestParamInfo<host::Engine>& info)

@@ -56,6 +56,18 @@ private:
     std::unique_ptr<TestDatabase> m_database;
 };
 
+// Base of the tests that work on an open, migrated database of each engine.
+class SchemaTest : public EngineTest
+{
+protected:
+    void SetUp() override;
+    void TearDown() override;
+    host::Database& db() { return *m_db; }
+
+private:
+    std::unique_ptr<host::Database> m_db;
+};
+
 std::string engineName(const ::testing::TestParamInfo<host::Engine>& info);
 
 #define XV_INSTANTIATE_FOR_ENGINES(Suite)                                                                  \
