@@ -3,6 +3,7 @@
 
 #include "host/Recordset.h"
 
+#include <QColor>
 #include <QString>
 #include <QtGlobal>
 
@@ -14,6 +15,18 @@ class Database;
 
 // Colours as the suite keeps them: 0x00BBGGRR, so 0xFF is red and 0xFF00 green.
 using Colour = quint32;
+
+inline QColor toQColor(Colour colour)
+{
+    return QColor(static_cast<int>(colour & 0xFF), static_cast<int>((colour >> 8) & 0xFF),
+                  static_cast<int>((colour >> 16) & 0xFF));
+}
+
+inline Colour fromQColor(const QColor& colour)
+{
+    return static_cast<Colour>(colour.red()) | (static_cast<Colour>(colour.green()) << 8) |
+           (static_cast<Colour>(colour.blue()) << 16);
+}
 
 // A pop-up menu array the host can fill: one item per index, with a caption and a Tag.
 class MenuArray
