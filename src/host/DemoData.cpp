@@ -919,8 +919,10 @@ private:
         std::array<QVariant, MovCount> row;
         row.fill(nullText());
         row[RowidUtente] = m_operatorRowid;
-        row[RowidTestata] = nullNumber();
-        row[RowidDeposito] = nullNumber();
+        // The order form writes every column of a line from its text cells, so an order row holds no
+        // null beyond the few columns that may be empty: a 0 here, as the form writes it.
+        row[RowidTestata] = 0;
+        row[RowidDeposito] = 0;
         row[RowidMed] = nullNumber();
         row[RowidControparti] = nullNumber();
         row[RowidPagamento] = nullNumber();
@@ -1109,6 +1111,8 @@ private:
             row[DataAl] = stamp(pickUpTo);
             row[OraAl] = stamp(QDate(1899, 12, 30), to);
             copyParty(row, customer);
+            if (row[Telefono].isNull())
+                row[Telefono] = QStringLiteral("");
             row[Strada] = m_dice.chance(30) ? nullText() : QVariant(QStringLiteral(""));
             row[Attrib00] = cards ? QString::number(m_dice.between(0, 2)) : QStringLiteral("");
             row[Attrib01] = m_dice.chance(30) ? QStringLiteral("1") : QStringLiteral("0");

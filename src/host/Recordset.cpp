@@ -319,7 +319,12 @@ void Recordset::update()
         if (!m_touched[i] || i == keyIndex)
             continue;
         columns << m_fields[i];
-        values << m_db->toStorage(m_editBuffer[i], m_typeCodes.value(i, TypeCode::Text));
+        QVariant value = m_editBuffer[i];
+        // The drivers write a null QString as NULL: an empty text stays an empty text, and only a
+        // QVariant without a value means NULL.
+        if (value.metaType().id() == QMetaType::QString && value.toString().isNull())
+            value = QString(QLatin1String(""));
+        values << m_db->toStorage(value, m_typeCodes.value(i, TypeCode::Text));
     }
     if (m_editMode == EditMode::AddNew) {
         QString placeholders;

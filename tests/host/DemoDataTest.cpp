@@ -363,3 +363,27 @@ TEST(DemoData, RowTargetAndProgress)
     EXPECT_LE(reported.size(), 102);
     EXPECT_TRUE(std::is_sorted(reported.begin(), reported.end()));
 }
+
+namespace {
+
+TEST(DemoData, EveryOrderRowLoadsWithoutANullWhereNoneMayBe)
+{
+    DemoShop shop(60, 11);
+    shop.fill();
+    const QStringList mayBeNull = {"strada", "cellulare", "email", "quantita", "attrib07", "attrib08", "attrib10",
+                                   "referente"};
+    int checked = 0;
+    for (const QVariantList& column : rows(*shop.db, "select name from pragma_table_info('movimenti')")) {
+        const QString name = column.first().toString();
+        if (mayBeNull.contains(name.toLower()))
+            continue;
+        ++checked;
+        EXPECT_EQ(scalar(*shop.db, "select count(*) from movimenti where documento='COMM' and " + name + " is null")
+                      .toInt(),
+                  0)
+            << name.toStdString();
+    }
+    EXPECT_EQ(checked, 61 - mayBeNull.size());
+}
+
+} // namespace

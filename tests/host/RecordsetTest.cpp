@@ -39,6 +39,8 @@ TEST_P(RecordsetTest, AddNewWritesEveryKindOfValueAndReadsItBack)
     table.setMoney("prezzo2", Money());
     table.setValue("Nominativo", "D'Angelo Carla");
     table.setValue("Email", "");
+    table.setValue("Cellulare", QVariant());
+    table.setValue("Strada", QString()); // an empty text, however it was made
     table.update();
     const int key = table.value("rowid").toInt();
     EXPECT_GT(key, 0) << "the database assigns the key and the recordset shows it";
@@ -57,6 +59,7 @@ TEST_P(RecordsetTest, AddNewWritesEveryKindOfValueAndReadsItBack)
     EXPECT_EQ(rs.text("nominativo"), "D'Angelo Carla");
     // A null is kept apart from an empty text, and both read as empty text.
     EXPECT_FALSE(rs.isNull("Email"));
+    EXPECT_FALSE(rs.isNull("Strada"));
     EXPECT_TRUE(rs.isNull("Cellulare"));
     EXPECT_EQ(rs.text("Cellulare"), "");
     EXPECT_EQ(rs.money("imposta"), Money());
