@@ -5,7 +5,11 @@
 
 #include <QColor>
 #include <QString>
+#include <QStringList>
+#include <QVariant>
 #include <QtGlobal>
+
+#include <optional>
 
 class QWidget;
 
@@ -127,6 +131,12 @@ public:
     virtual ~IListWindow() = default;
     virtual void SelectFromList(const QString& source, int mode, const QString& caption, bool& confirmed) = 0;
     virtual Recordset GetSelectedRows() = 0;
+    // The order search: the chosen order's number, year and the other values shown, as text; nothing
+    // when the operator cancelled.
+    virtual std::optional<QStringList> SearchOrders(const QString& caption) = 0;
+    // The values of the row the operator chose among those of an SQL text, asked even when there is only
+    // one; nothing when cancelled or when the text gives no rows.
+    virtual std::optional<QVariantList> PickRow(const QString& caption, const QString& sql) = 0;
 };
 
 } // namespace xv::host

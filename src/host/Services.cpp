@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Services.h"
 
-#include "common/RuntimeError.h"
 #include "host/Host.h"
+#include "host/ListWindow.h"
 
 #include <QSettings>
 
@@ -49,7 +49,7 @@ IListWindow& listWindow()
 {
     auto& slot = registry().listWindow;
     if (!slot)
-        slot = std::make_unique<PendingListWindow>();
+        slot = std::make_unique<ListWindow>();
     return *slot;
 }
 
@@ -87,17 +87,6 @@ void IniFormSettings::SaveSetting(const QString& section, const QString& key, co
 {
     QSettings settings(m_filePath, QSettings::IniFormat);
     settings.setValue(section + QLatin1Char('/') + key, value);
-}
-
-void PendingListWindow::SelectFromList(const QString&, int, const QString&, bool& confirmed)
-{
-    confirmed = false;
-    throw common::RuntimeError::notSupported(QStringLiteral("SelectFromList"));
-}
-
-Recordset PendingListWindow::GetSelectedRows()
-{
-    throw common::RuntimeError::notSupported(QStringLiteral("GetSelectedRows"));
 }
 
 } // namespace xv::host

@@ -31,12 +31,4 @@ private:
     QString m_filePath;
 };
 
-// The list window arrives with the order search; until then asking for it is an error, not a no-op.
-class PendingListWindow : public IListWindow
-{
-public:
-    void SelectFromList(const QString& source, int mode, const QString& caption, bool& confirmed) override;
-    Recordset GetSelectedRows() override;
-};
-
 } // namespace xv::host
