@@ -3,34 +3,179 @@
 
 #include "ui_frm_Commissioni.h"
 
+#include "common/RuntimeError.h"
 #include "host/Services.h"
+#include "lines/FlexGrid.h"
 
+#include <QApplication>
+#include <QButtonGroup>
+#include <QCheckBox>
 #include <QCloseEvent>
+#include <QKeyEvent>
 #include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QRadioButton>
+#include <QSysInfo>
+#include <QToolButton>
 
 namespace xv::form {
 
 namespace {
 
 const QString kFormSection = QStringLiteral("frmCommissioni");
-constexpr int kPanelCount = 5;
+// Status-bar panels with their design texts; the procedures fill them by number, from 1.
+const char* const kPanelTexts[] = {"", "", "Bomboniere:", "Fazzoletti:", "Astucci:", "Tot.Pezzi:", "Tot.Righe:",
+                                   "Commissione n"};
 
 } // namespace
 
-frm_Commissioni::frm_Commissioni(QWidget* parent) : QMainWindow(parent), m_ui(std::make_unique<Ui::frm_Commissioni>())
+frm_Commissioni::frm_Commissioni(QWidget* parent)
+    : QMainWindow(parent), m_ui(std::make_unique<Ui::frm_Commissioni>())
 {
     m_ui->setupUi(this);
-    for (int panel = 1; panel <= kPanelCount; ++panel) {
-        auto* label = new QLabel(this);
-        label->setObjectName(QStringLiteral("sBarPanel%1").arg(panel));
-        label->setFrameShape(QFrame::StyledPanel);
-        m_ui->sBar->addWidget(label, panel <= 2 ? 2 : 1);
-        m_panels << label;
-    }
+    setupControls();
     restorePlacement();
 }
 
-frm_Commissioni::~frm_Commissioni() = default;
+frm_Commissioni::~frm_Commissioni()
+{
+    qApp->removeEventFilter(this);
+}
+
+void frm_Commissioni::setupControls()
+{
+    m_documentBar = KeyedToolBar(m_ui->tbComandiDocumento);
+    m_linesBar = KeyedToolBar(m_ui->tbComandiRighe);
+    m_lblInfo = controlArray<QLabel>(this, QStringLiteral("lblInfo"));
+    m_lblInfoArt = controlArray<QLabel>(this, QStringLiteral("lblInfoArt"));
+    m_chkConfetti = controlArray<QCheckBox>(this, QStringLiteral("chk_Confetti"));
+    m_optBiglietti = controlArray<QRadioButton>(this, QStringLiteral("opt_Biglietti"));
+    m_optAmuleto = controlArray<QRadioButton>(this, QStringLiteral("opt_Amuleto"));
+
+    for (int panel = 1; panel <= static_cast<int>(std::size(kPanelTexts)); ++panel) {
+        auto* label = new QLabel(QString::fromUtf8(kPanelTexts[panel - 1]), this);
+        label->setObjectName(QStringLiteral("sBar_Panel%1").arg(panel));
+        label->setFrameShape(QFrame::StyledPanel);
+        label->setContentsMargins(4, 0, 4, 0);
+        m_ui->sBar->addWidget(label, panel <= 2 ? 3 : 1);
+        m_panels << label;
+    }
+
+    // The print and second document buttons open drop-down menus of keyed entries.
+    auto addMenu = [this](QAction* button, const QVector<std::pair<const char*, const char*>>& entries) {
+        auto* menu = new QMenu(this);
+        for (const auto& [key, caption] : entries) {
+            QAction* entry = menu->addAction(QString::fromUtf8(caption));
+            entry->setProperty("key", QString::fromLatin1(key));
+        }
+        button->setMenu(menu);
+        if (auto* tool = qobject_cast<QToolButton*>(m_ui->tbComandiDocumento->widgetForAction(button)))
+            tool->setPopupMode(QToolButton::MenuButtonPopup);
+    };
+    addMenu(m_ui->act_PRINT, {{"ECM", "Estratto Conto di questa Commissione [RITIRO]"},
+                              {"SCC", "Tutte le righe di questa Commissione"},
+                              {"SCC_INTERVALLO", "Tutte le righe delle Commissioni selezionate"},
+                              {"LISTA_BIGLIETTINI", "Lista bigliettini"},
+                              {"REP_DES", "Report Designer"}});
+    // "Commssioni" is how the shop has always read these entries.
+    addMenu(m_ui->act_FIND, {{"SCC_INTERVALLO", "Tutte le Commissioni da Stampare"},
+                             {"CO_RITIRATO", "Tutte le Commssioni Emesse da Ritirare"},
+                             {"CO_EMESSO", "Tutte le Commssioni Ritirate da Emettere"},
+                             {"config_comm", "Configurazione App"}});
+
+    m_mBomboniere = new QMenu(this);
+    m_mBomboniere->setObjectName(QStringLiteral("mBomboniere"));
+    m_mAstucci = new QMenu(this);
+    m_mAstucci->setObjectName(QStringLiteral("mAstucci"));
+    m_mFazzoletti = new QMenu(this);
+    m_mFazzoletti->setObjectName(QStringLiteral("mFazzoletti"));
+    m_mFasi = new QMenu(this);
+    m_mFasi->setObjectName(QStringLiteral("mFasi"));
+    m_tBomboniere = std::make_unique<MenuItemArray>(m_mBomboniere, QStringLiteral("tBomboniere"),
+                                                    [this](int i) { menuItemChosen(*m_tBomboniere, i); });
+    m_tAstucci = std::make_unique<MenuItemArray>(m_mAstucci, QStringLiteral("tAstucci"),
+                                                 [this](int i) { menuItemChosen(*m_tAstucci, i); });
+    m_tFazzoletti = std::make_unique<MenuItemArray>(m_mFazzoletti, QStringLiteral("tFazzoletti"),
+                                                    [this](int i) { menuItemChosen(*m_tFazzoletti, i); });
+    connect(m_ui->img_Bomboniere, &QToolButton::clicked, this,
+            [this] { m_mBomboniere->popup(m_ui->img_Bomboniere->mapToGlobal(QPoint(0, m_ui->img_Bomboniere->height()))); });
+    connect(m_ui->img_Astucci, &QToolButton::clicked, this,
+            [this] { m_mAstucci->popup(m_ui->img_Astucci->mapToGlobal(QPoint(0, m_ui->img_Astucci->height()))); });
+    connect(m_ui->img_Fazzoletti, &QToolButton::clicked, this,
+            [this] { m_mFazzoletti->popup(m_ui->img_Fazzoletti->mapToGlobal(QPoint(0, m_ui->img_Fazzoletti->height()))); });
+    connect(m_ui->img_Cliente, &QToolButton::clicked, this, &frm_Commissioni::pickCustomer);
+
+    connect(m_ui->tbComandiDocumento, &QToolBar::actionTriggered, this,
+            [this](QAction* action) { tbComandiDocumento_ButtonClick(action); });
+    connect(m_ui->tbComandiRighe, &QToolBar::actionTriggered, this,
+            [this](QAction* action) { tbComandiRighe_ButtonClick(action); });
+    connect(m_ui->txt_numeroCommissione, &QLineEdit::returnPressed, this, &frm_Commissioni::numberKeyPressed);
+
+    for (auto it = m_chkConfetti.cbegin(); it != m_chkConfetti.cend(); ++it) {
+        const int index = it.key();
+        connect(it.value(), &QCheckBox::clicked, this, [this, index] { chk_Confetti_Click(index); });
+    }
+    connect(m_ui->chk_Biglietti, &QCheckBox::clicked, this, &frm_Commissioni::chk_Biglietti_Click);
+    for (const auto* options : {&m_optBiglietti, &m_optAmuleto}) {
+        auto* group = new QButtonGroup(this);
+        for (QRadioButton* option : *options)
+            group->addButton(option);
+    }
+    m_mFasi->addAction(QStringLiteral("Estratto conto della commissione [RITIRO]"))->setEnabled(false);
+    m_mFasi->addAction(QStringLiteral("Comanda di controllo della riga"))->setEnabled(false);
+    for (auto it = m_optBiglietti.cbegin(); it != m_optBiglietti.cend(); ++it) {
+        const int index = it.key();
+        connect(it.value(), &QRadioButton::toggled, this, [this, index](bool on) {
+            if (on)
+                opt_Biglietti_Click(index);
+        });
+    }
+    for (auto it = m_optAmuleto.cbegin(); it != m_optAmuleto.cend(); ++it) {
+        const int index = it.key();
+        connect(it.value(), &QRadioButton::toggled, this, [this, index](bool on) {
+            if (on)
+                opt_Amuleto_Click(index);
+        });
+    }
+    connect(grid(), &lines::FlexGrid::rightButtonDown, this, &frm_Commissioni::grid_RightButtonDown);
+
+    // Labels name their fields for assistive technology as they do on screen.
+    for (QLabel* label : findChildren<QLabel*>()) {
+        if (QWidget* buddy = label->buddy())
+            buddy->setAccessibleName(label->text().remove(QLatin1Char('&')));
+    }
+    m_ui->txt_Acconto->setAccessibleName(QStringLiteral("Acconto"));
+    m_ui->txt_Totale->setAccessibleName(QStringLiteral("Totale"));
+
+    // Like the old form's key preview: function keys reach the form whichever field has the focus.
+    qApp->installEventFilter(this);
+}
+
+lines::FlexGrid* frm_Commissioni::grid() const
+{
+    return m_ui->flx_Movimenti;
+}
+
+QLabel* frm_Commissioni::lblInfo(int index) const
+{
+    return m_lblInfo.value(index);
+}
+
+QCheckBox* frm_Commissioni::chk_Confetti(int index) const
+{
+    return m_chkConfetti.value(index);
+}
+
+QRadioButton* frm_Commissioni::opt_Biglietti(int index) const
+{
+    return m_optBiglietti.value(index);
+}
+
+QRadioButton* frm_Commissioni::opt_Amuleto(int index) const
+{
+    return m_optAmuleto.value(index);
+}
 
 void frm_Commissioni::restorePlacement()
 {
@@ -66,19 +211,88 @@ void frm_Commissioni::closeEvent(QCloseEvent* event)
 void frm_Commissioni::InitForm(quint8 phase)
 {
     try {
+        GET_Impostazioni();
+        GET_Categorie();
+        m_initFlag = QStringLiteral("S");
+        m_ui->fra_Cliente->setVisible(true);
+        m_ui->fra_Totali->setVisible(true);
         m_ui->fra_Main->setVisible(true);
+        m_ui->fra_Evento->setVisible(true);
+        lblInfo(28)->setVisible(true);
+        lblInfo(30)->setVisible(true);
         SetStatusBarUser();
         host::host().RegisterForm(this);
+        // The form opens in browse mode with an empty grid laid out from the table.
+        Flex_Init();
+        StateOfButtons();
+        AbilitaRighe();
     } catch (...) {
         host::host().ReportError(QStringLiteral("InitForm"), QStringLiteral("AZIONE: %1").arg(phase), true);
     }
 }
 
+void frm_Commissioni::GET_Impostazioni()
+{
+    try {
+        m_settings = orders::readModuleSettings(host::host());
+        QFont font = m_ui->txt_numeroCommissione->font();
+        font.setPointSize(16);
+        m_ui->txt_numeroCommissione->setFont(font);
+    } catch (...) {
+        host::host().ReportError(QStringLiteral("GET_Impostazioni"), QString(), true);
+    }
+}
+
+void frm_Commissioni::GET_Categorie()
+{
+    try {
+        host::Recordset rs = host::host().OpenRecordset(
+            QStringLiteral("SELECT CODICE,categoria FROM MED WHERE CATEGORIA in ('BOMBONIERE','ASTUCCI','FAZZOLETTI')"));
+        struct Target
+        {
+            const char* stem;
+            MenuItemArray* items;
+            int counter;
+        };
+        Target targets[] = {{"BOMBONIER", m_tBomboniere.get(), 0},
+                            {"ASTUCC", m_tAstucci.get(), 0},
+                            {"FAZZOLET", m_tFazzoletti.get(), 0}};
+        for (; !rs.eof(); rs.moveNext()) {
+            const QString category = rs.text(QStringLiteral("categoria"));
+            // Three independent, case-sensitive stem tests: a category may feed more than one menu.
+            for (Target& target : targets) {
+                if (!category.contains(QLatin1String(target.stem), Qt::CaseSensitive))
+                    continue;
+                if (target.counter >= target.items->count())
+                    target.items->load(target.counter);
+                target.items->item(target.counter)->setText(rs.text(QStringLiteral("codice")));
+                ++target.counter;
+            }
+        }
+    } catch (...) {
+        host::host().ReportError(QStringLiteral("GET_Categorie"), QString(), true);
+    }
+}
+
+void frm_Commissioni::menuItemChosen(MenuItemArray& items, int index)
+{
+    const QString code = items.item(index)->text();
+    if (code.isEmpty() || !m_ui->txt_codice->isEnabled())
+        return;
+    m_ui->txt_codice->setText(code);
+    m_ui->txt_codice->setFocus();
+}
+
 void frm_Commissioni::SetStatusBarUser()
 {
     host::IHost& h = host::host();
-    setStatusPanel(1, h.GetStationName() + QStringLiteral(" [") + qEnvironmentVariable("computername") +
-                          QLatin1Char(']'));
+    // Windows names the computer in "computername" (in any case); elsewhere the host name says it.
+    QString computer = qEnvironmentVariable("computername");
+    if (computer.isEmpty())
+        computer = qEnvironmentVariable("COMPUTERNAME");
+    if (computer.isEmpty())
+        computer = QSysInfo::machineHostName();
+    setStatusPanel(1, h.GetStationName() + QStringLiteral(" [") + computer + QLatin1Char(']'));
     setStatusPanel(2, QStringLiteral("Utente: ") + h.GetUserName());
 }
 
@@ -90,6 +304,71 @@ void frm_Commissioni::setStatusPanel(int panel, const QString& text)
 QString frm_Commissioni::statusPanelText(int panel) const
 {
     return m_panels.at(panel - 1)->text();
+}
+
+void frm_Commissioni::setBackground(QWidget* widget, host::Colour colour)
+{
+    QPalette palette = widget->palette();
+    palette.setColor(QPalette::Base, host::toQColor(colour));
+    palette.setColor(QPalette::Window, host::toQColor(colour));
+    widget->setPalette(palette);
+}
+
+bool frm_Commissioni::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::KeyPress) {
+        auto* widget = qobject_cast<QWidget*>(watched);
+        if (widget && widget->window() == this && isEnabled()) {
+            auto* key = static_cast<QKeyEvent*>(event);
+            const bool functionKey =
+                (key->key() >= Qt::Key_F1 && key->key() <= Qt::Key_F12) || key->key() == Qt::Key_Escape;
+            if (key->isAutoRepeat() && functionKey)
+                return true;
+            int code = suiteKeyCode(key->key());
+            Form_KeyDown(code, static_cast<int>(key->modifiers()));
+            // The text fields' own key handling refreshes the commands after the form has seen the key.
+            if (qobject_cast<QLineEdit*>(widget) && isVisible())
+                StateOfButtons();
+            // Function keys belong to the form; every other key goes on to the field.
+            return functionKey;
+        }
+        return false;
+    }
+    if (event->type() != QEvent::FocusOut)
+        return false;
+    // Leaving a header field decides whether lines may be entered; leaving the customer fills it.
+    const bool headerField = watched == m_ui->txt_numeroCommissione || watched == m_ui->txt_ragsoc ||
+                             watched == m_ui->txt_dataEvento || watched == m_ui->txt_soggettiEvento ||
+                             watched == m_ui->txt_dataRitiro1 || watched == m_ui->txt_dataRitiro2;
+    // A list window opening takes the focus too: nothing is filled while it is up.
+    if (!headerField || m_leavingField || QApplication::activeModalWidget())
+        return false;
+    m_leavingField = true;
+    try {
+        if (watched == m_ui->txt_ragsoc && m_ui->txt_ragsoc->isEnabled())
+            SetTextBoxControparte();
+        AbilitaRighe();
+    } catch (...) {
+        host::host().ReportError(watched == m_ui->txt_ragsoc ? QStringLiteral("SetTextBoxControparte")
+                                                             : QStringLiteral("AbilitaRighe"),
+                                 QString(), true);
+    }
+    m_leavingField = false;
+    return false;
+}
+
+void frm_Commissioni::numberKeyPressed()
+{
+    try {
+        Documento_TrovaNumero();
+        // As after any key the field handles: the figures, colours and commands follow the order shown.
+        Flex_RicalcolaRiga();
+        Flex_RicalcolaTotali();
+        StateOfButtons();
+        AbilitaRighe();
+    } catch (...) {
+        host::host().ReportError(QStringLiteral("Documento_TrovaNumero"), QString(), true);
+    }
 }
 
 } // namespace xv::form

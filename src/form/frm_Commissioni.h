@@ -1,20 +1,39 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "common/Money.h"
+#include "form/FormAdapters.h"
+#include "orders/ModuleSettings.h"
+#include "orders/OrderLoad.h"
+
+#include <QDateTime>
 #include <QMainWindow>
+#include <QMap>
 #include <QVector>
 
 #include <memory>
 
+class QCheckBox;
 class QLabel;
+class QLineEdit;
+class QMenu;
+class QRadioButton;
 
 namespace Ui {
 class frm_Commissioni;
 }
 
+namespace xv::lines {
+class FlexGrid;
+}
+
 namespace xv::form {
 
-// The order form: the one window of the program.
+// The suite's code of a key (113 for F2, 27 for Esc), which the keyboard table is written in.
+int suiteKeyCode(int qtKey);
+
+// The order form: the one window of the program. Its procedures keep the names the shop's staff
+// and the suite's other modules know them by; the rules they apply live in the orders and lines units.
 class frm_Commissioni : public QMainWindow
 {
     Q_OBJECT
@@ -26,20 +45,124 @@ public:
     // Called once start-up has succeeded, with the phase kept in the form's settings.
     void InitForm(quint8 phase);
 
+    // --- settings and menus
+    void GET_Impostazioni();
+    void GET_Categorie();
+    const orders::ModuleSettings& settings() const { return m_settings; }
+
+    // --- lines grid
+    void Flex_Init();
+    void AbilitaRighe();
+    lines::FlexGrid* grid() const;
+
+    // --- modes
+    void StateOfButtons();
+    void NuovoAnnulla(QAction* button);
+    void SetModificaTags();
+    void ClearTextBoxes();
+    void ResetTutto();
+    QString ModeTag1() const;
+    QString ModeTag2() const;
+    qint64 LineCount() const;
+    const QString& StatoCommissione() const { return m_statoCommissione; }
+
+    // --- finding and loading
+    bool Flex_CaricaDocumento(const QString& number, const QString& year);
+    void Documento_Trova();
+    void Documento_TrovaNumero();
+    void SetTextBoxDocumento();
+    void SetTextBoxControparte();
+    const QString& currentLinesQuery() const { return m_linesQuery; }
+
+    // --- totals
+    void CalcolaTotaleRiga(double quantity, common::Money price);
+    void Flex_RicalcolaTotali();
+    void Flex_RicalcolaRiga();
+
+    // --- accessories
+    void chk_Confetti_Click(int index);
+    void chk_Biglietti_Click();
+    void opt_Biglietti_Click(int index);
+    void opt_Amuleto_Click(int index);
+
+    // --- commands
+    void tbComandiDocumento_ButtonClick(QAction* button);
+    void tbComandiRighe_ButtonClick(QAction* button);
+    void Form_KeyDown(int& keyCode, int shift);
+
     // The text of a status-bar panel, numbered from 1 as the panels are.
     QString statusPanelText(int panel) const;
+    KeyedToolBar& tbComandiDocumento() { return m_documentBar; }
+    KeyedToolBar& tbComandiRighe() { return m_linesBar; }
+    MenuItemArray& tBomboniere() { return *m_tBomboniere; }
+    MenuItemArray& tAstucci() { return *m_tAstucci; }
+    MenuItemArray& tFazzoletti() { return *m_tFazzoletti; }
+    QMenu* mFasi() const { return m_mFasi; }
+    QLabel* lblInfo(int index) const;
+    QCheckBox* chk_Confetti(int index) const;
+    QRadioButton* opt_Biglietti(int index) const;
+    QRadioButton* opt_Amuleto(int index) const;
+
+    // The order open on the form.
+    struct OrderValues
+    {
+        qint32 key = 0; // rowid of the first line: 0 for an order never saved
+        QString tipogestione;
+        QString tipomovimento;
+        QString documento;
+        QString serie;
+        QString numero;
+        QDateTime datadocumento;
+        QString rowidPagamento;
+        common::Money acconto;
+        common::Money totale;
+        qint32 idnumeratore = 0;
+        orders::Customer customer;
+    };
+    const OrderValues& order() const { return m_order; }
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    void setupControls();
     void SetStatusBarUser();
     void setStatusPanel(int panel, const QString& text);
     void restorePlacement();
     void savePlacement();
+    void setBackground(QWidget* widget, host::Colour colour);
+    void showCustomer();
+    void pickCustomer();
+    void grid_RightButtonDown(const QPoint& globalPos);
+    void menuItemChosen(MenuItemArray& items, int index);
+    void numberKeyPressed();
+    void setOptionGroup(const QMap<int, QRadioButton*>& options, int checked, bool enabled);
 
     const std::unique_ptr<Ui::frm_Commissioni> m_ui;
+    KeyedToolBar m_documentBar;
+    KeyedToolBar m_linesBar;
     QVector<QLabel*> m_panels;
+    QMap<int, QLabel*> m_lblInfo;
+    QMap<int, QLabel*> m_lblInfoArt;
+    QMap<int, QCheckBox*> m_chkConfetti;
+    QMap<int, QRadioButton*> m_optBiglietti;
+    QMap<int, QRadioButton*> m_optAmuleto;
+    QMenu* m_mBomboniere = nullptr;
+    QMenu* m_mAstucci = nullptr;
+    QMenu* m_mFazzoletti = nullptr;
+    QMenu* m_mFasi = nullptr;
+    std::unique_ptr<MenuItemArray> m_tBomboniere;
+    std::unique_ptr<MenuItemArray> m_tAstucci;
+    std::unique_ptr<MenuItemArray> m_tFazzoletti;
+
+    orders::ModuleSettings m_settings;
+    OrderValues m_order;
+    QString m_statoCommissione = QStringLiteral("EMESSO");
+    QString m_initFlag;
+    QString m_linesQuery;
+    int m_nextLinePosition = 2;
+    bool m_leavingField = false;
 };
 
 } // namespace xv::form

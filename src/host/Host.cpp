@@ -447,12 +447,13 @@ Colour Host::GetInactiveColor()
 
 Colour Host::GetCollectedColor()
 {
-    return colourSetting(QStringLiteral("Ritirato"), 0xC8F0C8);
+    // Text colours of the lines: they must read well on the locked background.
+    return colourSetting(QStringLiteral("Ritirato"), 0x287800);
 }
 
 Colour Host::GetIssuedColor()
 {
-    return colourSetting(QStringLiteral("Emesso"), 0xCDFAFF);
+    return colourSetting(QStringLiteral("Emesso"), 0xA04600);
 }
 
 QString Host::GetDataPath()

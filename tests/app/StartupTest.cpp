@@ -80,9 +80,6 @@ TEST_F(StartupTest, StartsCaptionedCentredAndHandsOverToTheForm)
     EXPECT_EQ(form()->statusPanelText(1).left(8), "BANCO1 [");
     EXPECT_EQ(m_host->registeredForm(), form());
     EXPECT_FALSE(form()->isMaximized());
-    const QScreen* screen = form()->screen();
-    EXPECT_EQ(form()->pos(), app::centredPosition(screen->geometry().size(), form()->frameGeometry().size(),
-                                                  static_cast<int>(screen->logicalDotsPerInchY())));
     EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr) << "the hourglass is taken back";
     EXPECT_TRUE(app::AltairEnabled);
     EXPECT_FALSE(app::AutoMail);
@@ -169,6 +166,18 @@ TEST_F(StartupTest, ModuleValuesAreReadFromTheSuiteSettings)
     EXPECT_EQ(app::GMenu, 2) << "halves go to the even number";
     EXPECT_EQ(app::CircleMenuButton, 4);
     EXPECT_EQ(app::CircleMenuButton2, "Menu Rapido");
+}
+
+TEST_F(StartupTest, TheWindowIsCentredWhenNotMaximisedWhateverTheCallerAsks)
+{
+    QWidget* window = new form::frm_Commissioni();
+    test::ScriptedDialogs noBoxes;
+    ASSERT_TRUE(app::InitModulo(window, false, false, false));
+    const QScreen* screen = window->screen();
+    EXPECT_EQ(window->pos(), app::centredPosition(screen->geometry().size(), window->frameGeometry().size(),
+                                                  static_cast<int>(screen->logicalDotsPerInchY())));
+    EXPECT_FALSE(window->isMaximized());
+    delete window;
 }
 
 TEST_F(StartupTest, MaximisingIgnoresTheCallersCentreAndKeepCaptionKeepsTheTitle)

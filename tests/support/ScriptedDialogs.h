@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "QtPrinters.h"
 #include "host/Dialogs.h"
 
 #include <QStringList>

@@ -4,6 +4,8 @@
 #include "host/Database.h"
 #include "host/Host.h"
 
+#include "QtPrinters.h"
+
 #include <gtest/gtest.h>
 
 #include <QTemporaryDir>

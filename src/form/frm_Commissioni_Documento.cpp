@@ -1,0 +1,218 @@
+// SPDX-License-Identifier: MIT
+// Finding an order, loading it into the form, and the header of a new order.
+#include "frm_Commissioni.h"
+
+#include "ui_frm_Commissioni.h"
+
+#include "common/Conversions.h"
+#include "common/Dates.h"
+#include "common/RuntimeError.h"
+#include "host/Dialogs.h"
+#include "host/Services.h"
+#include "host/SqlText.h"
+#include "lines/FlexGrid.h"
+
+#include <QCheckBox>
+#include <QLabel>
+
+namespace xv::form {
+
+using host::Recordset;
+
+bool frm_Commissioni::Flex_CaricaDocumento(const QString& number, const QString& year)
+{
+    try {
+        host::IHost& h = host::host();
+        // The year before is taken from today, not from the year asked for: kept on purpose.
+        const QString existence = orders::existenceSql(number, QDate::currentDate().year() - 1, year);
+        ClearTextBoxes();
+        Flex_Init();
+        m_order.acconto = common::Money();
+        m_order.totale = common::Money();
+
+        QString found = number;
+        const Recordset exists = h.OpenRecordset(existence);
+        if (!exists.eof()) {
+            found = exists.text(QStringLiteral("commissione"));
+            const Recordset deposit = h.OpenRecordset(orders::depositSql(found));
+            if (deposit.isNull(QStringLiteral("TotaleAcconto")))
+                throw common::RuntimeError(common::ErrorNumber::InvalidUseOfNull,
+                                           QStringLiteral("Uso non valido di Null: TotaleAcconto"));
+            m_order.acconto = deposit.money(QStringLiteral("TotaleAcconto"));
+            const Recordset total = h.OpenRecordset(orders::totalSql(found));
+            if (total.isNull(QStringLiteral("TotaleCommissione")))
+                throw common::RuntimeError(common::ErrorNumber::InvalidUseOfNull,
+                                           QStringLiteral("Uso non valido di Null: TotaleCommissione"));
+            m_order.totale = total.money(QStringLiteral("TotaleCommissione"));
+        }
+
+        m_linesQuery = orders::linesSql(found, year);
+        Recordset rows = h.OpenRecordset(m_linesQuery);
+        if (!rows.eof()) {
+            const orders::OrderHeader header = orders::readHeader(rows);
+            m_order.key = common::toInt32(common::numericValue(header.key));
+            m_order.tipogestione = header.tipogestione;
+            m_order.tipomovimento = header.tipomovimento;
+            m_order.datadocumento = header.datadocumento;
+            m_order.documento = header.documento;
+            m_order.serie = header.serie;
+            m_order.numero = found;
+            m_order.rowidPagamento = header.rowidPagamento;
+            m_statoCommissione = header.statoRiga;
+
+            m_ui->txt_numeroCommissione->setText(found);
+            m_ui->txt_dataReg->setText(common::shortDate(header.datadocumento.date()));
+            m_ui->txt_tipoEvento->setText(header.tipoEvento);
+            m_ui->txt_dataEvento->setText(header.dataEvento);
+            m_ui->txt_soggettiEvento->setText(header.soggettiEvento);
+            m_ui->txt_dataRitiro1->setText(header.datadal);
+            m_ui->txt_dataRitiro2->setText(header.dataal);
+            m_ui->txt_Acconto->setText(m_order.acconto.toCurrencyText());
+            m_ui->txt_Totale->setText(m_order.totale.toCurrencyText());
+            m_ui->txt_Riferimenti->setText(header.riferimenti);
+            setTag(m_ui->chk_Biglietti, header.biglietti);
+            setTag(lblInfo(6), header.amuleto);
+            m_ui->txt_confetti->setText(header.confetti);
+            m_ui->txt_mandorla->setText(header.mandorla);
+
+            m_order.customer = orders::readOrderCustomer(rows);
+            showCustomer();
+        }
+        QVector<int> types;
+        for (int c = 0; c < grid()->cols(); ++c)
+            types << common::toInt32(common::numericValue(grid()->textMatrix(1, c)));
+        for (; !rows.eof(); rows.moveNext())
+            grid()->addItem(orders::gridCells(rows, types));
+        return true;
+    } catch (...) {
+        host::host().ReportError(QStringLiteral("Flex_CaricaDocumento"),
+                                 QStringLiteral("Errore durante la lettura del documento!"), true);
+        return false;
+    }
+}
+
+void frm_Commissioni::showCustomer()
+{
+    const orders::Customer& c = m_order.customer;
+    m_ui->txt_ragsoc->setText(c.nominativo);
+    m_ui->txt_telefono->setText(c.telefono);
+    m_ui->txt_cellulare->setText(c.cellulare);
+    m_ui->txt_email->setText(c.email);
+}
+
+void frm_Commissioni::Documento_Trova()
+{
+    const auto chosen = host::listWindow().SearchOrders(QStringLiteral("Trova Commissioni"));
+    if (!chosen || chosen->size() < 2)
+        return;
+    const QString number = chosen->at(0);
+    const QString year = chosen->at(1);
+    // The search hands back the series, a year: the order's date is the first day of it until loaded.
+    if (const auto date = common::parseShortDate(year))
+        m_order.datadocumento = date->startOfDay();
+    else
+        m_order.datadocumento = QDate(common::toInt32(common::numericValue(year)), 1, 1).startOfDay();
+    if (!Flex_CaricaDocumento(number, year))
+        host::Dialogs::message(QStringLiteral("Errori rilevati durante il caricamento della commissione!"),
+                               host::Buttons::Ok, host::Icon::Exclamation, host::host().GetAppTitle());
+}
+
+void frm_Commissioni::Documento_TrovaNumero()
+{
+    const QString number = m_ui->txt_numeroCommissione->text();
+    if (number.isEmpty())
+        return;
+    const QString year = QString::number(QDate::currentDate().year());
+    if (!Flex_CaricaDocumento(number, year))
+        host::Dialogs::message(QStringLiteral("ATTENZIONE!!\nCOMMISSIONE N.") + number + QLatin1Char('/') + year +
+                                   QStringLiteral(" NON E' PRESENTE IN ARCHIVIO!"),
+                               host::Buttons::Ok, host::Icon::Exclamation, host::host().GetAppTitle());
+}
+
+void frm_Commissioni::SetTextBoxDocumento()
+{
+    host::IHost& h = host::host();
+    m_ui->txt_numeroCommissione->clear();
+    const QString registered = m_ui->txt_dataReg->text();
+    const int year = common::toDate(registered).year();
+    m_order.tipomovimento = m_settings.tipomovimento;
+    m_order.tipogestione = m_settings.tipogestione;
+    const auto proposal = orders::proposeNumber(h, m_order.tipomovimento, year);
+    m_order.datadocumento = registered.isEmpty() ? QDate::currentDate().startOfDay()
+                                                 : common::toDate(registered).startOfDay();
+    m_order.idnumeratore = proposal ? proposal->counterKey : 0;
+    if (!proposal) {
+        host::Dialogs::message(QStringLiteral("Attenzione!! Creare il numeratore per il tipo documento [") +
+                                   m_order.tipomovimento + QLatin1Char(']'),
+                               host::Buttons::Ok, host::Icon::Critical, h.GetAppTitle());
+        return;
+    }
+    m_order.numero = proposal->numero;
+    m_order.serie = proposal->serie;
+    m_order.documento = proposal->documento;
+    m_ui->txt_numeroCommissione->setText(proposal->numero);
+}
+
+void frm_Commissioni::SetTextBoxControparte()
+{
+    host::IHost& h = host::host();
+    orders::Customer c;
+    c.nominativo = m_ui->txt_ragsoc->text();
+    c.codenominativo = QStringLiteral("00000000000");
+    const host::WalkInAddress address = h.GetWalkInAddress();
+    c.indirizzo = address.indirizzo;
+    c.cap = address.cap;
+    c.comune = address.comune;
+    c.provincia = address.provincia;
+    c.strada.clear();
+    c.telefono = m_ui->txt_telefono->text();
+    c.cellulare = m_ui->txt_cellulare->text();
+    c.email = m_ui->txt_email->text();
+
+    c.key = 0;
+    if (!c.nominativo.isEmpty() && m_settings.checkControparti) {
+        const auto row = host::listWindow().PickRow(
+            QStringLiteral("Clienti"),
+            QStringLiteral("select rowid, ragsoc, comune, telefono, email from controparti where ragsoc like '") +
+                host::sqlEscape(c.nominativo) + QStringLiteral("%' order by ragsoc"));
+        if (row && !row->isEmpty())
+            c.key = common::toInt32(common::numericValue(row->first().toString()));
+    }
+    const Recordset known = h.OpenRecordset(orders::customerSql(c.key));
+    if (!known.eof()) {
+        const orders::Customer found = orders::readCounterpart(known);
+        c.key = found.key;
+        c.nominativo = found.nominativo;
+        c.email = found.email;
+        c.codenominativo = found.codenominativo;
+        c.indirizzo = found.indirizzo;
+        c.cap = found.cap;
+        c.comune = found.comune;
+        c.provincia = found.provincia;
+        c.rowidPagamento = found.rowidPagamento;
+        c.telefono = found.telefono;
+        c.cellulare = found.cellulare;
+    }
+    m_order.customer = c;
+    showCustomer();
+    m_ui->txt_ragsoc->setToolTip(c.addressTip());
+}
+
+void frm_Commissioni::pickCustomer()
+{
+    try {
+        const auto row = host::listWindow().PickRow(
+            QStringLiteral("Clienti"), orders::customerListSql(m_settings.SQL_SelControparti, m_ui->txt_ragsoc->text()));
+        if (!row || row->isEmpty())
+            return;
+        m_ui->txt_ragsoc->setText(row->at(0).toString());
+        if (row->size() > 1)
+            m_ui->txt_email->setText(row->at(1).toString());
+        SetTextBoxControparte();
+        AbilitaRighe();
+    } catch (...) {
+        host::host().ReportError(QStringLiteral("SetTextBoxControparte"), QString(), true);
+    }
+}
+
+} // namespace xv::form

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+namespace xv::host {
+class IHost;
+}
+
+namespace xv::orders {
+
+// The order module's settings, read afresh for every new order so that changes made in the suite
+// take effect at once.
+struct ModuleSettings
+{
+    QString EMAIL_FROM;
+    QString tipogestione;
+    QString tipomovimento;
+    bool checkAddRigaFlex = false;
+    bool checkControparti = false;
+    QString sql;
+    QString sql_tEventi;
+    QString SQL_SelControparti;
+};
+
+ModuleSettings readModuleSettings(host::IHost& host);
+
+// The customer pick list with the typed name put where "[and_ragsoc]" stands.
+QString customerListSql(const QString& pattern, const QString& typedName);
+
+} // namespace xv::orders

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: MIT
+#include "TestDatabase.h"
+
+#include "host/Host.h"
+#include "orders/ModuleSettings.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace xv;
+
+class ModuleSettingsTest : public test::EngineTest
+{
+protected:
+    void SetUp() override
+    {
+        EngineTest::SetUp();
+        if (IsSkipped() || HasFatalFailure())
+            return;
+        m_host = std::make_unique<host::Host>(database().hostOptions());
+        ASSERT_TRUE(m_host->Initialize());
+    }
+    void TearDown() override
+    {
+        m_host.reset();
+        EngineTest::TearDown();
+    }
+    std::unique_ptr<host::Host> m_host;
+};
+
+TEST_P(ModuleSettingsTest, NothingStoredGivesTheDefaults)
+{
+    const orders::ModuleSettings s = orders::readModuleSettings(*m_host);
+    EXPECT_EQ(s.EMAIL_FROM, "");
+    EXPECT_EQ(s.tipogestione, "0");
+    EXPECT_EQ(s.tipomovimento, "CO");
+    EXPECT_FALSE(s.checkAddRigaFlex);
+    EXPECT_FALSE(s.checkControparti);
+    EXPECT_EQ(s.sql, "mov_co");
+    EXPECT_EQ(s.sql_tEventi, "sql_tEventi");
+    EXPECT_EQ(s.SQL_SelControparti,
+              "select distinct ragsoc,email,rowid from controparti where 1=1 [and_ragsoc] order by ragsoc asc");
+}
+
+TEST_P(ModuleSettingsTest, StoredValuesAreReadFromTheirOwnStoresAndSections)
+{
+    m_host->SaveSetting("DOCS", "EMAIL_FROM", "ordini@example.it", "eKELA");
+    m_host->SaveSetting("comm", "EMAIL_FROM", "sbagliato@example.it", "DOCS"); // not where it is read
+    m_host->SaveSetting("comm", "tipomovimento", "CX", "DOCS");
+    m_host->SaveSetting("comm", "sql", "vista_ordini", "DOCS");
+    m_host->SaveSetting("comm", "checkControparti", "1", "DOCS");
+    const orders::ModuleSettings s = orders::readModuleSettings(*m_host);
+    EXPECT_EQ(s.EMAIL_FROM, "ordini@example.it");
+    EXPECT_EQ(s.tipomovimento, "CX");
+    EXPECT_EQ(s.sql, "vista_ordini");
+    EXPECT_TRUE(s.checkControparti);
+}
+
+TEST_P(ModuleSettingsTest, SwitchesAreOnForAnyNonZeroNumber)
+{
+    const struct
+    {
+        const char* stored;
+        bool on;
+    } cases[] = {{"abc", false}, {"0", false}, {"2", true}, {"1abc", true}, {"0.0", false}, {"-1", true}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.stored);
+        m_host->SaveSetting("comm", "checkAddRigaFlex", c.stored, "DOCS");
+        EXPECT_EQ(orders::readModuleSettings(*m_host).checkAddRigaFlex, c.on);
+    }
+}
+
+XV_INSTANTIATE_FOR_ENGINES(ModuleSettingsTest);
+
+TEST(CustomerListSqlTest, PutsTheTypedNameWhereThePlaceholderStands)
+{
+    const QString pattern =
+        "select distinct ragsoc,email,rowid from controparti where 1=1 [and_ragsoc] order by ragsoc asc";
+    EXPECT_EQ(orders::customerListSql(pattern, "D'Ang"),
+              "select distinct ragsoc,email,rowid from controparti where 1=1 and ragsoc like 'D''Ang%' order by "
+              "ragsoc asc");
+    EXPECT_EQ(orders::customerListSql(pattern, ""),
+              "select distinct ragsoc,email,rowid from controparti where 1=1  order by ragsoc asc");
+}
+
+} // namespace

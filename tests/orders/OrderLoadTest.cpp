@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: MIT
+#include "TestDatabase.h"
+#include "TestOrders.h"
+
+#include "common/RuntimeError.h"
+#include "host/Host.h"
+#include "lines/GridColumns.h"
+#include "orders/OrderLoad.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace xv;
+using common::Money;
+using host::Recordset;
+
+class OrderLoadTest : public test::EngineTest
+{
+protected:
+    void SetUp() override
+    {
+        EngineTest::SetUp();
+        if (IsSkipped() || HasFatalFailure())
+            return;
+        m_host = std::make_unique<host::Host>(database().hostOptions());
+        ASSERT_TRUE(m_host->Initialize());
+    }
+    void TearDown() override
+    {
+        m_host.reset();
+        EngineTest::TearDown();
+    }
+
+    int addLine(const QString& numero, const QString& serie, const std::function<void(Recordset&)>& adjust = {})
+    {
+        return test::addOrderLine(m_host->GetConnection(), numero, QDate(serie.toInt(), 3, 14), [&](Recordset& t) {
+            t.setValue("Datadal", QDateTime(QDate(2026, 11, 20), QTime(0, 0)));
+            t.setValue("attrib05", QDateTime(QDate(2026, 11, 20), QTime(0, 0)));
+            t.setValue("qta", 2.5);
+            if (adjust)
+                adjust(t);
+        });
+    }
+
+    QVector<int> columnTypes()
+    {
+        QVector<int> types;
+        for (Recordset rs = m_host->OpenSchema(4, "movimenti"); !rs.eof(); rs.moveNext())
+            types << rs.value("Type").toInt();
+        return types;
+    }
+
+    std::unique_ptr<host::Host> m_host;
+};
+
+TEST_P(OrderLoadTest, GridCellsShowMoneyDatesNumbersAndAllowedNullsAsText)
+{
+    addLine("7", "2026", [](Recordset& t) {
+        t.setMoney("prezzo", Money::fromRaw(25000));       // 2,50
+        t.setMoney("prezzo2", Money::fromRaw(123456789)); // 12.345,68 after rounding to cents
+        t.setValue("oradal", QDateTime(QDate(1899, 12, 30), QTime(13, 30)));
+        t.setValue("Nominativo", "D'Angelo Carla");
+    });
+    Recordset rs = m_host->OpenRecordset(orders::linesSql("7", "2026"));
+    ASSERT_FALSE(rs.eof());
+    const QStringList cells = orders::gridCells(rs, columnTypes());
+    ASSERT_EQ(cells.size(), lines::ColCount);
+    EXPECT_EQ(cells[lines::Col_prezzo], Money::fromRaw(25000).toCurrencyText());
+    EXPECT_EQ(cells[lines::Col_prezzo2], Money::fromRaw(123456800).toCurrencyText());
+    EXPECT_TRUE(cells[lines::Col_prezzo].contains("2,50"));
+    EXPECT_EQ(cells[lines::Col_datadocumento], "14/03/2026");
+    EXPECT_EQ(cells[lines::Col_attrib05], "20/11/2026");
+    EXPECT_EQ(cells[lines::Col_oradal], "13:30:00") << "a time alone shows as a time";
+    EXPECT_EQ(cells[lines::Col_qta], "2.5");
+    EXPECT_EQ(cells[lines::Col_numero], "7");
+    EXPECT_EQ(cells[lines::Col_Nominativo], "D'Angelo Carla");
+    EXPECT_EQ(cells[lines::Col_Email], "") << "a null e-mail reads as empty";
+    EXPECT_EQ(cells[lines::Col_Strada], "");
+    EXPECT_EQ(cells[lines::Col_referente], "");
+    EXPECT_FALSE(cells[lines::Col_rowid].isEmpty());
+}
+
+TEST_P(OrderLoadTest, ANullWhereNoneMayBeIsAnError)
+{
+    addLine("8", "2026", [](Recordset& t) { t.setValue("Descrizione2", QVariant()); });
+    Recordset rs = m_host->OpenRecordset(orders::linesSql("8", "2026"));
+    try {
+        (void)orders::gridCells(rs, columnTypes());
+        FAIL() << "a null description must not load silently";
+    } catch (const common::RuntimeError& e) {
+        EXPECT_EQ(e.number(), 94);
+    }
+    addLine("9", "2026", [](Recordset& t) { t.setValue("prezzo", QVariant()); });
+    Recordset money = m_host->OpenRecordset(orders::linesSql("9", "2026"));
+    EXPECT_THROW((void)orders::gridCells(money, columnTypes()), common::RuntimeError);
+}
+
+TEST_P(OrderLoadTest, LinesQueryTakesTheYearAndTheYearBefore)
+{
+    addLine("5", "2026");
+    addLine("5", "2025");
+    addLine("5", "2024");
+    addLine("5'", "2026");
+    EXPECT_EQ(m_host->OpenRecordset(orders::linesSql("5", "2026")).recordCount(), 2);
+    EXPECT_EQ(m_host->OpenRecordset(orders::linesSql("5", "2025")).recordCount(), 2);
+    EXPECT_EQ(m_host->OpenRecordset(orders::linesSql("5'", "2026")).recordCount(), 1);
+    // The totals are summed on the number alone, over all series.
+    EXPECT_EQ(orders::depositSql("5'"),
+              "select sum(m1.prezzo2) as totaleacconto from movimenti AS m1 where m1.numero='5'''");
+}
+
+TEST_P(OrderLoadTest, HeaderAndCustomerComeFromTheFirstRow)
+{
+    addLine("11", "2026", [](Recordset& t) {
+        t.setValue("attrib04", "Matrimonio");
+        t.setValue("attrib06", "Marco e Giulia");
+        t.setValue("Nominativo", "Rossi Maria");
+        t.setValue("telefono", "081 555 1234");
+        t.setValue("Cellulare", QVariant());
+        t.setValue("Email", QVariant());
+        t.setValue("attrib00", "1");
+    });
+    Recordset rs = m_host->OpenRecordset(orders::linesSql("11", "2026"));
+    const orders::OrderHeader h = orders::readHeader(rs);
+    EXPECT_EQ(h.tipoEvento, "Matrimonio");
+    EXPECT_EQ(h.soggettiEvento, "Marco e Giulia");
+    EXPECT_EQ(h.datadocumento.date(), QDate(2026, 3, 14));
+    EXPECT_EQ(h.datadal, "20/11/2026");
+    EXPECT_EQ(h.statoRiga, "EMESSO");
+    EXPECT_EQ(h.biglietti, "1");
+    const orders::Customer c = orders::readOrderCustomer(rs);
+    EXPECT_EQ(c.nominativo, "Rossi Maria");
+    EXPECT_EQ(c.telefono, "081 555 1234");
+    EXPECT_EQ(c.cellulare, "");
+    EXPECT_EQ(c.email, "");
+}
+
+TEST_P(OrderLoadTest, ProposedNumberIsTheCounterPlusOneOrNothingWithoutACounter)
+{
+    host::Database& db = m_host->GetConnection();
+    test::addCounter(db, 2026, 41);
+    const auto proposal = orders::proposeNumber(*m_host, "CO", 2026);
+    ASSERT_TRUE(proposal.has_value());
+    EXPECT_EQ(proposal->numero, "42");
+    EXPECT_EQ(proposal->serie, "2026");
+    EXPECT_EQ(proposal->documento, "COMM");
+    EXPECT_GT(proposal->counterKey, 0);
+    EXPECT_FALSE(orders::proposeNumber(*m_host, "CO", 2027).has_value());
+    EXPECT_FALSE(orders::proposeNumber(*m_host, "XX", 2026).has_value());
+}
+
+XV_INSTANTIATE_FOR_ENGINES(OrderLoadTest);
+
+TEST(CustomerTest, AddressTipHasNoBlankBeforeTheProvince)
+{
+    orders::Customer c;
+    c.indirizzo = "Via Roma 1";
+    c.cap = "80100";
+    c.comune = "Napoli";
+    c.provincia = "NA";
+    EXPECT_EQ(c.addressTip(), "Via Roma 1 - CAP: 80100 - Napoli(NA)");
+}
+
+} // namespace

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+#include <QVariant>
+
+#include <ostream>
+
+// Readable failure messages for Qt's values.
+inline void PrintTo(const QString& value, std::ostream* os)
+{
+    *os << '"' << value.toStdString() << '"';
+}
+
+inline void PrintTo(const QVariant& value, std::ostream* os)
+{
+    *os << "QVariant(" << value.typeName() << ", " << value.toString().toStdString() << ')';
+}
