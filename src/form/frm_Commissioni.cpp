@@ -3,6 +3,7 @@
 
 #include "ui_frm_Commissioni.h"
 
+#include "common/Conversions.h"
 #include "common/RuntimeError.h"
 #include "host/Services.h"
 #include "lines/FlexGrid.h"
@@ -336,6 +337,15 @@ bool frm_Commissioni::eventFilter(QObject* watched, QEvent* event)
     }
     if (event->type() != QEvent::FocusOut)
         return false;
+    if ((watched == m_ui->txt_qta || watched == m_ui->txt_prezzo) && !m_ui->txt_prezzo->text().isEmpty()) {
+        try {
+            CalcolaTotaleRiga(common::numericValue(m_ui->txt_qta->text()),
+                              common::Money::parse(m_ui->txt_prezzo->text()));
+        } catch (...) {
+            host::host().ReportError(QStringLiteral("CalcolaTotaleRiga"), QStringLiteral("Prezzo non valido"), true);
+        }
+        return false;
+    }
     // Leaving a header field decides whether lines may be entered; leaving the customer fills it.
     const bool headerField = watched == m_ui->txt_numeroCommissione || watched == m_ui->txt_ragsoc ||
                              watched == m_ui->txt_dataEvento || watched == m_ui->txt_soggettiEvento ||

@@ -383,3 +383,101 @@ TEST_P(OrderFormTest, RightClickOnTheGridOpensThePhasesMenu)
 XV_INSTANTIATE_FOR_ENGINES(OrderFormTest);
 
 } // namespace
+
+namespace {
+
+TEST_P(OrderFormTest, ResetTuttoClearsTextsAndOptionsButKeepsCheckBoxes)
+{
+    test::addCounter(db(), m_year, 1);
+    test::ScriptedDialogs noBoxes;
+    frm_Commissioni& form = openForm();
+    form.tbComandiDocumento_ButtonClick(documentButton(1));
+    QCheckBox* cards = form.findChild<QCheckBox*>("chk_Biglietti");
+    cards->click();
+    form.chk_Confetti(0)->click();
+    field("txt_ragsoc")->setText("Rossi Maria");
+    ASSERT_TRUE(form.opt_Biglietti(1)->isChecked());
+    form.ResetTutto();
+    EXPECT_TRUE(cards->isChecked()) << "check boxes keep their state";
+    EXPECT_TRUE(form.chk_Confetti(0)->isChecked());
+    EXPECT_FALSE(form.opt_Biglietti(1)->isChecked());
+    EXPECT_FALSE(form.opt_Amuleto(0)->isChecked());
+    EXPECT_EQ(text("txt_ragsoc"), "");
+    EXPECT_EQ(text("txt_numeroCommissione"), "");
+    EXPECT_EQ(grid()->rows(), 2);
+}
+
+TEST_P(OrderFormTest, LeavingTheCustomerWithTheCheckOnPicksAKnownCustomer)
+{
+    test::addCounter(db(), m_year, 1);
+    db().execute("insert into controparti (tipocontroparte, Code, ragsoc, Indirizzo, Cap, comune, provincia, "
+                 "telefono, Cellulare, Email) values ('C', 'C00042', 'D''Angelo Carla', 'Via Roma 1', '80100', "
+                 "'Napoli', 'NA', '081 111', NULL, 'carla@example.it')");
+    db().execute("insert into controparti (tipocontroparte, Code, ragsoc) values ('C', 'C00043', 'D''Angelo Luca')");
+    m_host->SaveSetting("comm", "checkControparti", "1", "DOCS");
+    test::ScriptedDialogs noBoxes;
+    test::ScriptedLists lists;
+    lists.expectList("Clienti", [](const host::ListRequest& request, const Recordset& rows) {
+        EXPECT_TRUE(request.sql.contains("like 'D''Ang%'")) << request.sql.toStdString();
+        EXPECT_EQ(rows.recordCount(), 2);
+        host::ListAnswer answer;
+        answer.confirmed = true;
+        answer.rows = {0};
+        return answer;
+    });
+    frm_Commissioni& form = openForm();
+    form.tbComandiDocumento_ButtonClick(documentButton(1)); // reads the settings again
+    field("txt_ragsoc")->setText("D'Ang");
+    form.SetTextBoxControparte();
+    EXPECT_EQ(text("txt_ragsoc"), "D'Angelo Carla");
+    EXPECT_EQ(text("txt_telefono"), "081 111");
+    EXPECT_EQ(text("txt_cellulare"), "");
+    EXPECT_EQ(text("txt_email"), "carla@example.it");
+    EXPECT_EQ(form.order().customer.codenominativo, "C00042");
+    EXPECT_EQ(field("txt_ragsoc")->toolTip(), "Via Roma 1 - CAP: 80100 - Napoli(NA)");
+}
+
+TEST_P(OrderFormTest, AWalkInCustomerKeepsWhatWasTyped)
+{
+    test::addCounter(db(), m_year, 1);
+    test::ScriptedDialogs noBoxes; // the check is off: no list appears
+    frm_Commissioni& form = openForm();
+    form.tbComandiDocumento_ButtonClick(documentButton(1));
+    field("txt_ragsoc")->setText("Cliente di passaggio");
+    field("txt_telefono")->setText("333 1234567");
+    form.SetTextBoxControparte();
+    EXPECT_EQ(text("txt_ragsoc"), "Cliente di passaggio");
+    EXPECT_EQ(form.order().customer.key, 0);
+    EXPECT_EQ(form.order().customer.codenominativo, "00000000000");
+    EXPECT_EQ(form.order().customer.telefono, "333 1234567");
+}
+
+TEST_P(OrderFormTest, CancellingWhenTheLockCannotBeReleasedWarnsAndStillReturnsToBrowse)
+{
+    test::addCounter(db(), m_year, 1);
+    test::ScriptedDialogs dialogs;
+    frm_Commissioni& form = openForm();
+    form.tbComandiDocumento_ButtonClick(documentButton(1));
+    ASSERT_EQ(form.ModeTag1(), "X");
+    db().execute("drop table blocchi_record"); // the release now fails in the database
+    dialogs.expectMessage("Errori rilevati durante l'eliminazione del record bloccato!");
+    form.tbComandiDocumento_ButtonClick(documentButton(1));
+    EXPECT_EQ(dialogs.messages().size(), 1);
+    EXPECT_EQ(dialogs.messages().value(0).icon, host::Icon::Exclamation);
+    EXPECT_EQ(form.ModeTag1(), "N");
+    EXPECT_EQ(form.ModeTag2(), "M");
+    EXPECT_EQ(form.StatoCommissione(), "EMESSO");
+}
+
+TEST_P(OrderFormTest, LeavingQuantityOrPriceShowsTheLineAmount)
+{
+    test::addCounter(db(), m_year, 1);
+    test::ScriptedDialogs noBoxes;
+    frm_Commissioni& form = openForm();
+    form.CalcolaTotaleRiga(3, Money::fromRaw(25000));
+    EXPECT_EQ(text("txt_totaleRiga"), Money::fromRaw(75000).toCurrencyText());
+    form.CalcolaTotaleRiga(0.5, Money::fromRaw(33333));
+    EXPECT_EQ(text("txt_totaleRiga"), Money::fromRaw(16700).toCurrencyText());
+}
+
+} // namespace
