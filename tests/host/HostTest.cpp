@@ -26,31 +26,14 @@ using host::TypeCode::Single;
 using host::TypeCode::SmallInt;
 using host::TypeCode::Text;
 
-class HostTest : public test::EngineTest
+class HostTest : public test::HostedTest
 {
 protected:
-    void SetUp() override
-    {
-        EngineTest::SetUp();
-        if (IsSkipped() || HasFatalFailure())
-            return;
-        m_host = std::make_unique<Host>(database().hostOptions());
-        ASSERT_TRUE(m_host->Initialize());
-    }
-    void TearDown() override
-    {
-        m_host.reset();
-        EngineTest::TearDown();
-    }
-    Host& h() { return *m_host; }
-
     QString readLog() const
     {
         QFile file(m_host->logFilePath());
         return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
     }
-
-    std::unique_ptr<Host> m_host;
 };
 
 TEST_P(HostTest, SettingsFallBackToTheDefaultAndIgnoreCase)

@@ -10,23 +10,8 @@ namespace {
 
 using namespace xv;
 
-class ModuleSettingsTest : public test::EngineTest
+class ModuleSettingsTest : public test::HostedTest
 {
-protected:
-    void SetUp() override
-    {
-        EngineTest::SetUp();
-        if (IsSkipped() || HasFatalFailure())
-            return;
-        m_host = std::make_unique<host::Host>(database().hostOptions());
-        ASSERT_TRUE(m_host->Initialize());
-    }
-    void TearDown() override
-    {
-        m_host.reset();
-        EngineTest::TearDown();
-    }
-    std::unique_ptr<host::Host> m_host;
 };
 
 TEST_P(ModuleSettingsTest, NothingStoredGivesTheDefaults)

@@ -15,23 +15,9 @@ using namespace xv;
 using common::Money;
 using host::Recordset;
 
-class OrderLoadTest : public test::EngineTest
+class OrderLoadTest : public test::HostedTest
 {
 protected:
-    void SetUp() override
-    {
-        EngineTest::SetUp();
-        if (IsSkipped() || HasFatalFailure())
-            return;
-        m_host = std::make_unique<host::Host>(database().hostOptions());
-        ASSERT_TRUE(m_host->Initialize());
-    }
-    void TearDown() override
-    {
-        m_host.reset();
-        EngineTest::TearDown();
-    }
-
     int addLine(const QString& numero, const QString& serie, const std::function<void(Recordset&)>& adjust = {})
     {
         return test::addOrderLine(m_host->GetConnection(), numero, QDate(serie.toInt(), 3, 14), [&](Recordset& t) {
@@ -51,7 +37,6 @@ protected:
         return types;
     }
 
-    std::unique_ptr<host::Host> m_host;
 };
 
 TEST_P(OrderLoadTest, GridCellsShowMoneyDatesNumbersAndAllowedNullsAsText)

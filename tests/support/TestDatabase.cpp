@@ -123,6 +123,21 @@ void SchemaTest::TearDown()
     EngineTest::TearDown();
 }
 
+void HostedTest::SetUp()
+{
+    EngineTest::SetUp();
+    if (IsSkipped() || HasFatalFailure())
+        return;
+    m_host = std::make_unique<host::Host>(database().hostOptions());
+    ASSERT_TRUE(m_host->Initialize());
+}
+
+void HostedTest::TearDown()
+{
+    m_host.reset();
+    EngineTest::TearDown();
+}
+
 std::string engineName(const ::testing::TestParamInfo<host::Engine>& info)
 {
     return info.param == host::Engine::SQLite ? "SQLite" : "PostgreSQL";

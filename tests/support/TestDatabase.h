@@ -70,6 +70,17 @@ private:
     std::unique_ptr<host::Database> m_db;
 };
 
+// Base of the tests that work through a host, made ready on a fresh database of each engine.
+class HostedTest : public EngineTest
+{
+protected:
+    void SetUp() override;
+    void TearDown() override;
+    host::Host& h() { return *m_host; }
+
+    std::unique_ptr<host::Host> m_host;
+};
+
 std::string engineName(const ::testing::TestParamInfo<host::Engine>& info);
 
 #define XV_INSTANTIATE_FOR_ENGINES(Suite)                                                                  \
