@@ -7,6 +7,7 @@
 #include <QAtomicInteger>
 #include <QDateTime>
 #include <QLoggingCategory>
+#include <QRegularExpression>
 #include <QSqlDriver>
 #include <QSqlError>
 
@@ -62,8 +63,14 @@ ConnectionConfig ConnectionConfig::fromText(const QString& text)
             config.user = value;
         else if (key == QLatin1String("password"))
             config.password = value;
-        else if (key == QLatin1String("schema"))
+        else if (key == QLatin1String("schema")) {
+            // A schema is named in SQL as an identifier, so only a plain identifier is accepted.
+            static const QRegularExpression identifier(QStringLiteral("^[A-Za-z_][A-Za-z0-9_]{0,62}$"));
+            if (!identifier.match(value).hasMatch())
+                throw RuntimeError(ErrorNumber::InvalidProcedureCall,
+                                   QStringLiteral("Nome di schema non valido: '%1'").arg(value));
             config.schema = value;
+        }
         else
             throw RuntimeError(ErrorNumber::InvalidProcedureCall,
                                QStringLiteral("Parametro di connessione sconosciuto: '%1'").arg(key));

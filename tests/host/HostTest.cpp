@@ -271,3 +271,21 @@ TEST(ColourTest, ParsesTheSuitesHexadecimalAndDecimalForms)
 }
 
 } // namespace
+
+namespace {
+
+TEST(ConnectionConfigTest, ReadsTheEmbeddedFileOrTheServerAndRefusesWhatItCannotUse)
+{
+    const auto embedded = xv::host::ConnectionConfig::fromText("sqlite:/tmp/negozio.db");
+    EXPECT_EQ(embedded.engine, xv::host::Engine::SQLite);
+    EXPECT_EQ(embedded.sqlitePath, "/tmp/negozio.db");
+    const auto server = xv::host::ConnectionConfig::fromText("host=192.0.2.1 port=5433 user=cassa schema=negozio_1");
+    EXPECT_EQ(server.engine, xv::host::Engine::PostgreSQL);
+    EXPECT_EQ(server.port, 5433);
+    EXPECT_EQ(server.databaseName, "cassa") << "the user's database when none is named";
+    EXPECT_EQ(server.schema, "negozio_1");
+    for (const char* bad : {"host=x schema=a;drop", "host=x schema=\"q\"", "host=x colore=blu", "nonsense"})
+        EXPECT_THROW(xv::host::ConnectionConfig::fromText(bad), xv::common::RuntimeError) << bad;
+}
+
+} // namespace
