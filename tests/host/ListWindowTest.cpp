@@ -61,16 +61,16 @@ protected:
         ASSERT_TRUE(host::host().Initialize());
         db().execute("insert into numeratori (codtipodoc, tipodocumento, serie, numero) values ('CO', "
                      "'COMM', '2026', 10)");
-        addOrder("1", "2025", QDate(2025, 2, 10), "Rossi Maria", 10.5);
-        addOrder("2", "2025", QDate(2025, 6, 1), "D'Angelo Pia", 120);
-        addOrder("1", "2026", QDate(2026, 1, 15), "Bianchi Luca", 99.9);
-        addOrder("2", "2026", QDate(2026, 2, 20), "Rossi Anna", 1234.5);
-        addOrder("10", "2026", QDate(2026, 3, 1), "Verdi Carla", 45);
-        for (const char* values : {"'ROSSI MARIO', 'Roma'", "'ROSATI ANNA', 'Napoli'",
-                                   "'BIANCHI LUCA', 'Milano'", "'D''AMICO PIA', 'Bari'"})
-            db().execute(
-                QStringLiteral("insert into controparti (tipocontroparte, ragsoc, comune) values ('C', %1)")
-                    .arg(QLatin1String(values)));
+        db().execute(
+            "insert into movimenti (documento, numero, serie, datadocumento, Nominativo, attrib04, "
+            "totale) values ('COMM', '1', '2025', '2025-02-10 00:00:00', 'Rossi Maria', 'Battesimo', 10.5), "
+            "('COMM', '2', '2025', '2025-06-01 00:00:00', 'D''Angelo Pia', 'Battesimo', 120), "
+            "('COMM', '1', '2026', '2026-01-15 00:00:00', 'Bianchi Luca', 'Battesimo', 99.9), "
+            "('COMM', '2', '2026', '2026-02-20 00:00:00', 'Rossi Anna', 'Battesimo', 1234.5), "
+            "('COMM', '10', '2026', '2026-03-01 00:00:00', 'Verdi Carla', 'Battesimo', 45)");
+        db().execute("insert into controparti (tipocontroparte, ragsoc, comune) values ('C', 'ROSSI MARIO', "
+                     "'Roma'), ('C', 'ROSATI ANNA', 'Napoli'), ('C', 'BIANCHI LUCA', 'Milano'), "
+                     "('C', 'D''AMICO PIA', 'Bari')");
     }
     void TearDown() override
     {
@@ -79,57 +79,29 @@ protected:
     }
     host::Database& db() { return host::host().GetConnection(); }
 
-    void addOrder(const QString& numero, const QString& serie, QDate date, const QString& name, double total)
-    {
-        Recordset table = Recordset::openTable(db(), "movimenti");
-        table.addNew();
-        table.setValue("documento", "COMM");
-        table.setValue("numero", numero);
-        table.setValue("serie", serie);
-        table.setValue("datadocumento", date.startOfDay());
-        table.setValue("Nominativo", name);
-        table.setValue("attrib04", "Battesimo");
-        table.setMoney("totale", Money::fromDouble(total));
-        table.update();
-    }
-
     host::ListWindow m_window;
 };
 
-TEST_P(ListWindowTest, SelectFromAViewKeepsTheChosenRowsInSelectionOrder)
+TEST_P(ListWindowTest, SelectFromListKeepsTheChosenRowsInSelectionOrderAndACancelClearsThem)
 {
     test::ScriptedLists lists;
     lists.expectChoice("Commissioni", {3, 1});
     bool confirmed = false;
     m_window.SelectFromList("mov_co", 1, "Commissioni", confirmed);
     EXPECT_TRUE(confirmed);
-    ASSERT_EQ(lists.requests().size(), 1);
-    EXPECT_EQ(lists.requests()[0].sql, "select * from mov_co");
+    ASSERT_EQ(lists.shown().size(), 1);
     EXPECT_TRUE(lists.requests()[0].multiSelect);
     const Recordset& shown = lists.shown()[0];
     ASSERT_EQ(shown.recordCount(), 5);
-
     const Recordset chosen = m_window.GetSelectedRows();
     ASSERT_EQ(chosen.recordCount(), 2);
-    ASSERT_EQ(chosen.fieldCount(), shown.fieldCount());
-    for (int column = 0; column < shown.fieldCount(); ++column)
-        EXPECT_EQ(chosen.fieldName(column), shown.fieldName(column));
     EXPECT_EQ(rowOf(chosen, 0), rowOf(shown, 3));
     EXPECT_EQ(rowOf(chosen, 1), rowOf(shown, 1));
-}
 
-TEST_P(ListWindowTest, SelectFromAnSqlTextThenACancelLeavesNothingSelected)
-{
-    test::ScriptedLists lists;
     lists.expectChoice("", {3});
-    bool confirmed = false;
     m_window.SelectFromList("SELECT ragsoc, comune FROM controparti order by ragsoc", 0, "", confirmed);
-    EXPECT_TRUE(confirmed);
-    EXPECT_FALSE(lists.requests()[0].multiSelect);
-    Recordset chosen = m_window.GetSelectedRows();
-    ASSERT_EQ(chosen.recordCount(), 1);
-    EXPECT_EQ(chosen.text("RAGSOC"), "ROSSI MARIO");
-    EXPECT_EQ(chosen.text("comune"), "Roma");
+    EXPECT_FALSE(lists.requests().last().multiSelect);
+    EXPECT_EQ(m_window.GetSelectedRows().text("RAGSOC"), "ROSSI MARIO");
 
     lists.expectCancel("Clienti");
     m_window.SelectFromList("controparti", 1, "Clienti", confirmed);
@@ -153,23 +125,16 @@ TEST_P(ListWindowTest, SearchOrdersListsNewestFirstAndReturnsNumberThenYear)
 {
     test::ScriptedLists lists;
     lists.expectList("Trova Commissioni", [](const ListRequest& request, const Recordset& rows) {
-        EXPECT_FALSE(request.multiSelect);
-        EXPECT_TRUE(request.note.isEmpty());
-        EXPECT_FALSE(request.search);
+        EXPECT_FALSE(request.search) << "the whole list came: nothing to look up";
         EXPECT_EQ(rowOf(rows, 0)[0].toString(), "10"); // by the number's value, not its text
         EXPECT_EQ(rowOf(rows, 3)[1].toString(), "2025");
-        EXPECT_TRUE(rows.hasField("STATO COMMISSIONE"));
         return ListAnswer{true, {findRow(rows, "Nominativo", "Rossi Maria")}, std::nullopt};
     });
     const auto order = m_window.SearchOrders("");
     ASSERT_TRUE(order);
     ASSERT_EQ(order->size(), 9);
-    EXPECT_EQ((*order)[0], "1");
-    EXPECT_EQ((*order)[1], "2025");
-    EXPECT_EQ((*order)[2], "10/02/2025");
-    EXPECT_EQ((*order)[3], "Rossi Maria");
+    EXPECT_EQ(order->mid(0, 4), QStringList({"1", "2025", "10/02/2025", "Rossi Maria"}));
     EXPECT_EQ((*order)[8], Money::fromDouble(10.5).toCurrencyText());
-    EXPECT_EQ(m_window.GetSelectedRows().text("nominativo"), "Rossi Maria");
 
     lists.expectCancel("Trova");
     EXPECT_FALSE(m_window.SearchOrders("Trova Commissioni"));
@@ -183,41 +148,30 @@ TEST_P(ListWindowTest, AShortenedOrderListStillFindsOlderOrdersByNameOrNumber)
     lists.expectList("Trova", [](const ListRequest& request, const Recordset& rows) {
         EXPECT_EQ(rows.recordCount(), 2);
         EXPECT_TRUE(request.note.contains("ultime 2")) << request.note.toStdString();
-        if (!request.search) {
-            ADD_FAILURE() << "no search for a shortened list";
+        if (!request.search)
             return ListAnswer();
-        }
-        const Recordset quoted = request.search("d'angelo");
-        EXPECT_EQ(quoted.recordCount(), 1);
+        EXPECT_EQ(request.search("d'angelo").recordCount(), 1);
         EXPECT_GE(findRow(request.search("1"), "serie", "2025"), 0);
         const Recordset found = request.search("rossi");
         EXPECT_EQ(found.recordCount(), 2);
         return ListAnswer{true, {findRow(found, "Nominativo", "Rossi Maria")}, found};
     });
     const auto order = window.SearchOrders("");
-    ASSERT_TRUE(order);
-    EXPECT_EQ((*order)[0], "1");
-    EXPECT_EQ((*order)[1], "2025");
-    EXPECT_EQ((*order)[3], "Rossi Maria");
+    ASSERT_TRUE(order) << "no search for a shortened list";
+    EXPECT_EQ(order->mid(0, 4), QStringList({"1", "2025", "10/02/2025", "Rossi Maria"}));
 }
 
 TEST_P(ListWindowTest, PickRowAlwaysAsksAndAsksNothingForNoRows)
 {
     test::ScriptedLists lists;
     lists.expectChoice("Clienti", {1});
-    const auto picked = m_window.PickRow(
-        "Clienti", "select rowid, ragsoc, comune, telefono, email from controparti where ragsoc like 'ROS%' "
-                   "order by ragsoc");
-    ASSERT_TRUE(picked);
-    ASSERT_EQ(picked->size(), 5);
-    EXPECT_EQ((*picked)[1].toString(), "ROSSI MARIO");
-    EXPECT_EQ((*picked)[2].toString(), "Roma");
+    EXPECT_EQ(m_window.PickRow("Clienti", "select ragsoc, comune from controparti where ragsoc like 'ROS%' "
+                                          "order by ragsoc"),
+              QVariantList({"ROSSI MARIO", "Roma"}));
 
     lists.expectChoice("Clienti", {0}); // one row is still shown for the operator to confirm
-    const auto single =
-        m_window.PickRow("Clienti", "select ragsoc from controparti where ragsoc like 'D''AM%'");
-    ASSERT_TRUE(single);
-    EXPECT_EQ((*single)[0].toString(), "D'AMICO PIA");
+    EXPECT_EQ(m_window.PickRow("Clienti", "select ragsoc from controparti where ragsoc like 'D''AM%'"),
+              QVariantList({"D'AMICO PIA"}));
 
     EXPECT_FALSE(m_window.PickRow("Clienti", "select ragsoc from controparti where ragsoc like 'ZZ%'"));
     EXPECT_EQ(lists.requests().size(), 2);
@@ -233,8 +187,7 @@ TEST_P(ListWindowTest, ConfigurationKeysEditTheirSectionAndSaveOnlyWhenConfirmed
     lists.expectSettings("Impostazioni", [](const host::SettingsRequest& request) {
         EXPECT_EQ(request.store, "docs");
         EXPECT_EQ(request.section, "comm");
-        const QVector<host::SettingEntry> stored{{"checkqtamed", "0"}, {"sql", "mov_co"}};
-        EXPECT_EQ(request.entries, stored);
+        EXPECT_EQ(request.entries, (QVector<host::SettingEntry>{{"checkqtamed", "0"}, {"sql", "mov_co"}}));
         return std::optional<QVector<host::SettingEntry>>(
             {{"checkqtamed", "1"}, {"sql", "mov_co"}, {"StampaComande", "O'Hara"}, {" ", "ignored"}});
     });
@@ -243,7 +196,6 @@ TEST_P(ListWindowTest, ConfigurationKeysEditTheirSectionAndSaveOnlyWhenConfirmed
     EXPECT_TRUE(confirmed);
     EXPECT_EQ(h.GetSetting("COMM", "CheckQtaMED", "x", "DOCS"), "1");
     EXPECT_EQ(h.GetSetting("comm", "StampaComande", "x", "docs"), "O'Hara");
-    EXPECT_EQ(h.GetSetting("comm", "sql", "x", "docs"), "mov_co");
 
     lists.expectSettings("", [](const host::SettingsRequest& request) {
         EXPECT_EQ(request.section, "co");
@@ -263,11 +215,10 @@ protected:
     {
         return Recordset::fromRows(
             {"Nominativo", "Comune", "DataComm", "Totale", "Note"},
-            {{QString("Rossi Maria"), QString("Roma"), QDate(2026, 3, 1).startOfDay(), 1234.5, QVariant()},
-             {QString("Bianchi Luca"), QString("Milano"), QString("2025-12-24 00:00:00"), QString("10.5000"),
-              QString("x")},
-             {QString("Rosati Anna"), QString("Napoli"), QDate(2025, 1, 2), 99, QString()},
-             {QString("Verdi Carla"), QString("Rossano"), QVariant(), 100.0, QString("nota")}});
+            {{"Rossi Maria", "Roma", QDate(2026, 3, 1).startOfDay(), 1234.5, QVariant()},
+             {"Bianchi Luca", "Milano", "2025-12-24 00:00:00", "10.5000", "x"},
+             {"Rosati Anna", "Napoli", QDate(2025, 1, 2), 99, QString()},
+             {"Verdi Carla", "Rossano", QVariant(), 100.0, "nota"}});
     }
     static ListRequest request(bool multi = false)
     {
@@ -284,13 +235,28 @@ protected:
     }
 };
 
-TEST_F(ListDialogTest, TypingFiltersCaseInsensitivelyOverAllColumns)
+TEST_F(ListDialogTest, TypingFiltersOverAllColumnsAndOnlyTheFilteredRowsArePrinted)
 {
-    ListDialog dialog(request(), sampleRows());
+    ListRequest r = request();
+    r.printable = true;
+    ListDialog dialog(r, sampleRows());
+    QStringList buttons;
+    for (const QPushButton* button : dialog.findChildren<QPushButton*>())
+        buttons << button->text();
+    EXPECT_EQ(buttons, (QStringList{"Scegli", "Annulla", "Stampa...", "Salva PDF..."}));
     EXPECT_EQ(dialog.counterText(), "4 righe");
     QTest::keyClicks(dialog.filterEdit(), "ros");
     EXPECT_EQ(dialog.visibleRowCount(), 3); // Rossano is a town, not a name
     EXPECT_EQ(dialog.counterText(), "3 righe");
+    const QString html = dialog.printableHtml();
+    EXPECT_TRUE(html.contains("Elenco di prova") && html.contains("Rosati Anna")) << html.toStdString();
+    EXPECT_FALSE(html.contains("Bianchi Luca"));
+    QTemporaryDir dir;
+    ASSERT_TRUE(dialog.savePdf(dir.filePath("elenco.pdf")));
+    QFile pdf(dir.filePath("elenco.pdf"));
+    ASSERT_TRUE(pdf.open(QIODevice::ReadOnly));
+    EXPECT_EQ(pdf.read(4), "%PDF");
+
     dialog.filterEdit()->clear();
     QTest::keyClicks(dialog.filterEdit(), "ROSSI");
     EXPECT_EQ(dialog.counterText(), "1 riga");
@@ -301,54 +267,38 @@ TEST_F(ListDialogTest, TypingFiltersCaseInsensitivelyOverAllColumns)
     EXPECT_NE(dialog.result(), QDialog::Accepted);
 }
 
-TEST_F(ListDialogTest, MoneyDatesAndNullsShowAsTheShopReadsThem)
-{
-    ListDialog dialog(request(), sampleRows());
-    EXPECT_EQ(dialog.cellText(0, 2), "01/03/2026");
-    EXPECT_EQ(dialog.cellText(1, 2), "24/12/2025");
-    EXPECT_EQ(dialog.cellText(2, 2), "02/01/2025");
-    EXPECT_EQ(dialog.cellText(0, 3), Money::fromDouble(1234.5).toCurrencyText());
-    EXPECT_TRUE(dialog.cellText(0, 3).contains("1.234,50"));
-    EXPECT_TRUE(dialog.cellText(1, 3).contains("10,50"));
-    EXPECT_EQ(dialog.cellText(0, 4), "");
-    EXPECT_EQ(dialog.cellText(3, 2), "");
-}
-
-TEST_F(ListDialogTest, DownFromTheFilterMovesIntoTheListAndEnterChooses)
+TEST_F(ListDialogTest, DownFromTheFilterMovesIntoTheListWhereTypingRefinesTheFilterAndEnterChooses)
 {
     ListDialog dialog(request(), sampleRows());
     dialog.show();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
-    QTest::keyClicks(dialog.filterEdit(), "ros");
+    QTest::keyClicks(dialog.filterEdit(), "ross");
     EXPECT_EQ(dialog.chosenRows(), QVector<int>{0}); // the first match is highlighted as one types
     QTest::keyClick(dialog.filterEdit(), Qt::Key_Down);
     EXPECT_TRUE(dialog.tableView()->hasFocus());
-    EXPECT_EQ(dialog.chosenRows(), QVector<int>{2});
-    // Letters typed in the list refine the filter; the highlight goes to the first row still shown.
+    EXPECT_EQ(dialog.chosenRows(), QVector<int>{3});
+    QTest::keyClick(dialog.tableView(), Qt::Key_Backspace);
     QTest::keyClick(dialog.tableView(), Qt::Key_A);
     EXPECT_EQ(dialog.filterEdit()->text(), "rosa");
     EXPECT_EQ(dialog.chosenRows(), QVector<int>{2});
-    QTest::keyClick(dialog.tableView(), Qt::Key_Backspace);
-    QTest::keyClick(dialog.tableView(), Qt::Key_S);
-    EXPECT_EQ(dialog.filterEdit()->text(), "ross");
-    EXPECT_EQ(dialog.chosenRows(), QVector<int>{0});
-    QTest::keyClick(dialog.filterEdit(), Qt::Key_Down);
-    EXPECT_EQ(dialog.chosenRows(), QVector<int>{3});
     QTest::keyClick(dialog.tableView(), Qt::Key_Return);
-    EXPECT_EQ(dialog.result(), QDialog::Accepted);
-    const ListAnswer answer = dialog.answer();
-    EXPECT_TRUE(answer.confirmed);
-    EXPECT_EQ(answer.rows, QVector<int>{3});
-    EXPECT_FALSE(answer.shown);
+    EXPECT_TRUE(dialog.answer().confirmed);
+    EXPECT_EQ(dialog.answer().rows, QVector<int>{2});
 }
 
-TEST_F(ListDialogTest, EscapeCancels)
+TEST_F(ListDialogTest, ChooseOpensTheWindowModallyAndEscapeCancels)
 {
-    ListDialog dialog(request(), sampleRows());
-    dialog.show();
-    QTest::keyClick(dialog.filterEdit(), Qt::Key_Escape);
-    EXPECT_EQ(dialog.result(), QDialog::Rejected);
-    EXPECT_FALSE(dialog.answer().confirmed);
+    for (const bool confirm : {true, false}) {
+        QTimer::singleShot(0, [confirm] {
+            auto* dialog = qobject_cast<ListDialog*>(QApplication::activeModalWidget());
+            ASSERT_TRUE(dialog) << "no modal list window";
+            QTest::keyClicks(dialog->filterEdit(), "bianchi");
+            QTest::keyClick(dialog->filterEdit(), confirm ? Qt::Key_Return : Qt::Key_Escape);
+        });
+        const ListAnswer answer = host::ListWindows::choose(request(), sampleRows());
+        EXPECT_EQ(answer.confirmed, confirm);
+        EXPECT_EQ(answer.rows, confirm ? QVector<int>{1} : QVector<int>{});
+    }
 }
 
 TEST_F(ListDialogTest, SeveralRowsAreChosenInTheOrderTheyWereSelected)
@@ -357,7 +307,6 @@ TEST_F(ListDialogTest, SeveralRowsAreChosenInTheOrderTheyWereSelected)
     clicked.show();
     click(clicked, 3);
     click(clicked, 1, Qt::ControlModifier);
-    EXPECT_EQ(clicked.chosenRows(), (QVector<int>{3, 1}));
     QTest::keyClick(clicked.tableView(), Qt::Key_Return);
     EXPECT_EQ(clicked.answer().rows, (QVector<int>{3, 1}));
 
@@ -368,39 +317,24 @@ TEST_F(ListDialogTest, SeveralRowsAreChosenInTheOrderTheyWereSelected)
     EXPECT_EQ(extended.chosenRows(), (QVector<int>{0, 1, 2}));
 }
 
-TEST_F(ListDialogTest, AHeaderClickSortsByValueAndChoicesStillNameTheGivenRows)
+TEST_F(ListDialogTest, CellsReadAsTheShopWritesThemAndAHeaderClickSortsByValue)
 {
     ListDialog dialog(request(), sampleRows());
     dialog.show();
-    for (int row = 0; row < 4; ++row)
-        EXPECT_EQ(dialog.rowAt(row), row); // the order the rows came in, until a header is clicked
+    EXPECT_EQ(dialog.cellText(0, 2), "01/03/2026");
+    EXPECT_EQ(dialog.cellText(1, 2), "24/12/2025"); // a date stored as text
+    EXPECT_EQ(dialog.cellText(0, 3), Money::fromDouble(1234.5).toCurrencyText());
+    EXPECT_TRUE(dialog.cellText(1, 3).contains("10,50"));
+    EXPECT_EQ(dialog.cellText(0, 4), "");
     QHeaderView* header = dialog.tableView()->horizontalHeader();
     QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
                       QPoint(header->sectionViewportPosition(3) + 5, header->height() / 2));
-    EXPECT_EQ(dialog.rowAt(0), 1); // 10,50 < 99 < 100 < 1.234,50 as amounts, not as texts
-    EXPECT_EQ(dialog.rowAt(1), 2);
-    EXPECT_EQ(dialog.rowAt(3), 0);
+    // 10,50 < 99 < 100 < 1.234,50 as amounts, not as texts.
+    EXPECT_EQ((QVector<int>{dialog.rowAt(0), dialog.rowAt(1), dialog.rowAt(2), dialog.rowAt(3)}),
+              (QVector<int>{1, 2, 3, 0}));
     click(dialog, 3);
     QTest::keyClick(dialog.tableView(), Qt::Key_Enter);
     EXPECT_EQ(dialog.answer().rows, QVector<int>{0});
-}
-
-TEST_F(ListDialogTest, ChooseOpensTheWindowModally)
-{
-    for (const bool confirm : {true, false}) {
-        QTimer::singleShot(0, [confirm] {
-            auto* dialog = qobject_cast<ListDialog*>(QApplication::activeModalWidget());
-            if (!dialog) {
-                ADD_FAILURE() << "no modal list window";
-                return;
-            }
-            QTest::keyClicks(dialog->filterEdit(), "bianchi");
-            QTest::keyClick(dialog->filterEdit(), confirm ? Qt::Key_Return : Qt::Key_Escape);
-        });
-        const ListAnswer answer = host::ListWindows::choose(request(), sampleRows());
-        EXPECT_EQ(answer.confirmed, confirm);
-        EXPECT_EQ(answer.rows, confirm ? QVector<int>{1} : QVector<int>{});
-    }
 }
 
 TEST_F(ListDialogTest, AFilterPauseAsksTheDatabaseOnceAndAddsOnlyNewRows)
@@ -421,43 +355,14 @@ TEST_F(ListDialogTest, AFilterPauseAsksTheDatabaseOnceAndAddsOnlyNewRows)
     ASSERT_TRUE(QTest::qWaitFor([&] { return !asked.isEmpty(); }, 2000));
     QTest::qWait(400);
     EXPECT_EQ(asked, QStringList{"rossi"});
-    EXPECT_EQ(dialog.counterText(), "2 righe");
-    const int older = dialog.rowAt(0) == 4 ? 0 : 1;
-    ASSERT_EQ(dialog.rowAt(older), 4);
-    click(dialog, older);
+    EXPECT_EQ(dialog.counterText(), "2 righe"); // the row already shown is not added twice
+    ASSERT_EQ(dialog.rowAt(1), 4);
+    click(dialog, 1);
     QTest::keyClick(dialog.tableView(), Qt::Key_Return);
     const ListAnswer answer = dialog.answer();
     ASSERT_TRUE(answer.shown);
-    EXPECT_EQ(answer.shown->recordCount(), 5);
     EXPECT_EQ(answer.rows, QVector<int>{4});
     EXPECT_EQ(rowOf(*answer.shown, 4)[0].toString(), "Rossi Vecchio");
-}
-
-TEST_F(ListDialogTest, PrintingShowsTheFilteredRowsUnderATitle)
-{
-    const auto buttons = [](const ListDialog& shown) {
-        QStringList texts;
-        for (const QPushButton* button : shown.findChildren<QPushButton*>())
-            texts << button->text();
-        return texts;
-    };
-    ListRequest r = request();
-    EXPECT_EQ(buttons(ListDialog(r, sampleRows())), (QStringList{"Scegli", "Annulla"}));
-    r.printable = true;
-    ListDialog dialog(r, sampleRows());
-    EXPECT_EQ(buttons(dialog), (QStringList{"Scegli", "Annulla", "Stampa...", "Salva PDF..."}));
-    QTest::keyClicks(dialog.filterEdit(), "ros");
-    const QString html = dialog.printableHtml();
-    EXPECT_TRUE(html.contains("Elenco di prova"));
-    EXPECT_TRUE(html.contains("Rosati Anna"));
-    EXPECT_FALSE(html.contains("Bianchi Luca"));
-
-    QTemporaryDir dir;
-    const QString path = dir.filePath("elenco.pdf");
-    ASSERT_TRUE(dialog.savePdf(path));
-    QFile pdf(path);
-    ASSERT_TRUE(pdf.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(pdf.read(4) == "%PDF");
 }
 
 TEST_F(ListDialogTest, SettingsKeepStoredKeysReadOnlyAndTakeNewOnes)
@@ -465,15 +370,13 @@ TEST_F(ListDialogTest, SettingsKeepStoredKeysReadOnlyAndTakeNewOnes)
     host::SettingsDialog dialog({"Impostazioni", "docs", "comm", {{"sql", "mov_co"}}});
     QTableWidget* table = dialog.table();
     EXPECT_FALSE(table->item(0, 0)->flags() & Qt::ItemIsEditable);
-    EXPECT_TRUE(table->item(0, 1)->flags() & Qt::ItemIsEditable);
     table->item(0, 1)->setText("doc_righemov");
     dialog.addEntry();
-    dialog.addEntry();
+    dialog.addEntry(); // left without a key: not an entry
     EXPECT_TRUE(table->item(1, 0)->flags() & Qt::ItemIsEditable);
     table->item(1, 0)->setText("Nuova");
     table->item(1, 1)->setText("1");
-    const QVector<host::SettingEntry> expected{{"sql", "doc_righemov"}, {"Nuova", "1"}};
-    EXPECT_EQ(dialog.entries(), expected);
+    EXPECT_EQ(dialog.entries(), (QVector<host::SettingEntry>{{"sql", "doc_righemov"}, {"Nuova", "1"}}));
 }
 
 } // namespace
