@@ -178,21 +178,10 @@ void frm_Commissioni::SetTextBoxControparte()
         if (row && !row->isEmpty())
             c.key = common::toInt32(common::numericValue(row->first().toString()));
     }
+    // A known customer replaces the walk-in values whole: street and shipping stay empty as above.
     const Recordset known = h.OpenRecordset(orders::customerSql(c.key));
-    if (!known.eof()) {
-        const orders::Customer found = orders::readCounterpart(known);
-        c.key = found.key;
-        c.nominativo = found.nominativo;
-        c.email = found.email;
-        c.codenominativo = found.codenominativo;
-        c.indirizzo = found.indirizzo;
-        c.cap = found.cap;
-        c.comune = found.comune;
-        c.provincia = found.provincia;
-        c.rowidPagamento = found.rowidPagamento;
-        c.telefono = found.telefono;
-        c.cellulare = found.cellulare;
-    }
+    if (!known.eof())
+        c = orders::readCounterpart(known);
     m_order.customer = c;
     showCustomer();
     m_ui->txt_ragsoc->setToolTip(c.addressTip());
