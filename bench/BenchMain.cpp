@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include <benchmark/benchmark.h>
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QLocale>
 
 int main(int argc, char** argv)
 {
     QLocale::setDefault(QLocale(QLocale::Italian, QLocale::Italy));
-    QCoreApplication app(argc, argv);
+    // The grid benchmarks need widgets; no screen is needed to measure them.
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;
