@@ -32,15 +32,8 @@ QStringList lineCells(int line)
 
 void layOut(FlexGrid& grid)
 {
-    grid.setRows(3);
-    grid.setCols(ColCount);
-    grid.setFixedRows(2);
-    grid.setFixedCols(2);
-    grid.setRows(2);
-    grid.setRowHeight(0, 0);
-    grid.setRowHeight(1, 0);
-    for (const VisibleColumn& visible : kVisibleColumns)
-        grid.setColWidth(visible.col, visible.twips);
+    layOutOrderLines(grid, ColCount);
+    showOrderLineColumns(grid);
 }
 
 void fillAThousandLines(benchmark::State& state)

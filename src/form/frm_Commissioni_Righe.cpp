@@ -51,24 +51,14 @@ void frm_Commissioni::Flex_Init()
     try {
         FlexGrid* g = grid();
         host::Recordset columns = host::host().OpenSchema(4, QStringLiteral("movimenti"));
-        g->setRows(3);
-        g->setCols(columns.recordCount());
-        g->setFixedRows(2);
-        g->setFixedCols(2);
-        g->setRows(2);
-        g->setRowHeight(0, 0);
-        g->setRowHeight(1, 0);
+        layOutOrderLines(*g, columns.recordCount());
         columns.moveFirst();
         for (qint16 i = 0; i <= columns.recordCount() - 1; ++i) {
-            g->setColWidth(i, 0);
             g->setTextMatrix(0, i, columns.text(QStringLiteral("Column")));
             g->setTextMatrix(1, i, columns.text(QStringLiteral("Type")));
             columns.moveNext();
         }
-        for (const VisibleColumn& visible : kVisibleColumns)
-            g->setColWidth(visible.col, visible.twips);
-        for (int amount : {Col_Riga, Col_qta, Col_prezzo, Col_imponibile})
-            g->setColAlignment(amount, Qt::AlignRight | Qt::AlignVCenter);
+        showOrderLineColumns(*g);
     } catch (...) {
         host::host().ReportError(QStringLiteral("frm_Commissioni.Flex_Init"), QString(), true);
     }

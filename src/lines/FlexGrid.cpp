@@ -2,6 +2,7 @@
 #include "FlexGrid.h"
 
 #include "common/RuntimeError.h"
+#include "lines/GridColumns.h"
 
 #include <QBrush>
 #include <QHeaderView>
@@ -635,6 +636,27 @@ void FlexGrid::announceSelection()
     m_announcedRow = selected;
     if (selected >= 0)
         emit rowSelected(selected);
+}
+
+void layOutOrderLines(FlexGrid& grid, int columnCount)
+{
+    grid.setRows(3);
+    grid.setCols(columnCount);
+    grid.setFixedRows(2);
+    grid.setFixedCols(2);
+    grid.setRows(2);
+    grid.setRowHeight(0, 0);
+    grid.setRowHeight(1, 0);
+    for (int col = 0; col < columnCount; ++col)
+        grid.setColWidth(col, 0);
+}
+
+void showOrderLineColumns(FlexGrid& grid)
+{
+    for (const VisibleColumn& visible : kVisibleColumns)
+        grid.setColWidth(visible.col, visible.twips);
+    for (int amount : {Col_Riga, Col_qta, Col_prezzo, Col_imponibile})
+        grid.setColAlignment(amount, Qt::AlignRight | Qt::AlignVCenter);
 }
 
 } // namespace xv::lines

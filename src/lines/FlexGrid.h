@@ -159,4 +159,9 @@ private:
     int m_announcedRow = -1;
 };
 
+// The order lines' layout: two hidden fixed rows (column names and type codes) and two fixed columns,
+// every column hidden until showOrderLineColumns shows the seven the operator reads.
+void layOutOrderLines(FlexGrid& grid, int columnCount);
+void showOrderLineColumns(FlexGrid& grid);
+
 } // namespace xv::lines

@@ -25,17 +25,8 @@ protected:
     // The order form's own layout: hidden name and type rows, seven visible columns.
     void SetUp() override
     {
-        m_grid.setRows(3);
-        m_grid.setCols(ColCount);
-        m_grid.setFixedRows(2);
-        m_grid.setFixedCols(2);
-        m_grid.setRows(2);
-        m_grid.setRowHeight(0, 0);
-        m_grid.setRowHeight(1, 0);
-        for (int col = 0; col < ColCount; ++col)
-            m_grid.setColWidth(col, 0);
-        for (const VisibleColumn& visible : kVisibleColumns)
-            m_grid.setColWidth(visible.col, visible.twips);
+        layOutOrderLines(m_grid, ColCount);
+        showOrderLineColumns(m_grid);
         m_grid.resize(900, 300);
         m_grid.show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(&m_grid));
