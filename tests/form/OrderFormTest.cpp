@@ -62,6 +62,13 @@ protected:
         QApplication::processEvents();
         return *m_form;
     }
+    // The counter of this year at lastNumber, the form open and a new order started.
+    frm_Commissioni& openNewOrder(int lastNumber)
+    {
+        test::addCounter(db(), m_year, lastNumber);
+        openForm().tbComandiDocumento_ButtonClick(documentButton(1));
+        return *m_form;
+    }
     QLineEdit* field(const char* name) const { return m_form->findChild<QLineEdit*>(QString::fromLatin1(name)); }
     QWidget* widget(const char* name) const { return m_form->findChild<QWidget*>(QString::fromLatin1(name)); }
     QString text(const char* name) const { return field(name)->text(); }
@@ -293,10 +300,8 @@ TEST_P(OrderFormTest, TheGridIsLaidOutFromTheTableWithSevenVisibleColumns)
 
 TEST_P(OrderFormTest, AccessoriesEnableTheirFieldsAndKeepTheirChoicesInTags)
 {
-    test::addCounter(db(), m_year, 0);
     test::ScriptedDialogs noBoxes;
-    frm_Commissioni& form = openForm();
-    form.tbComandiDocumento_ButtonClick(documentButton(1));
+    frm_Commissioni& form = openNewOrder(0);
     ASSERT_EQ(form.ModeTag1(), "X");
 
     QCheckBox* mandorla = form.chk_Confetti(1);
@@ -336,10 +341,8 @@ TEST_P(OrderFormTest, AccessoriesEnableTheirFieldsAndKeepTheirChoicesInTags)
 
 TEST_P(OrderFormTest, LineAreaOpensOnlyWhenTheSixHeaderFieldsAreFilled)
 {
-    test::addCounter(db(), m_year, 5);
     test::ScriptedDialogs noBoxes;
-    frm_Commissioni& form = openForm();
-    form.tbComandiDocumento_ButtonClick(documentButton(1));
+    frm_Commissioni& form = openNewOrder(5);
     form.AbilitaRighe();
     EXPECT_FALSE(widget("fra_Righe")->isEnabled());
     EXPECT_EQ(field("txt_codice")->palette().color(QPalette::Base), host::toQColor(m_host->GetDisabledColor()));
@@ -388,10 +391,8 @@ namespace {
 
 TEST_P(OrderFormTest, ResetTuttoClearsTextsAndOptionsButKeepsCheckBoxes)
 {
-    test::addCounter(db(), m_year, 1);
     test::ScriptedDialogs noBoxes;
-    frm_Commissioni& form = openForm();
-    form.tbComandiDocumento_ButtonClick(documentButton(1));
+    frm_Commissioni& form = openNewOrder(1);
     QCheckBox* cards = form.findChild<QCheckBox*>("chk_Biglietti");
     cards->click();
     form.chk_Confetti(0)->click();
@@ -454,10 +455,8 @@ TEST_P(OrderFormTest, AWalkInCustomerKeepsWhatWasTyped)
 
 TEST_P(OrderFormTest, CancellingWhenTheLockCannotBeReleasedWarnsAndStillReturnsToBrowse)
 {
-    test::addCounter(db(), m_year, 1);
     test::ScriptedDialogs dialogs;
-    frm_Commissioni& form = openForm();
-    form.tbComandiDocumento_ButtonClick(documentButton(1));
+    frm_Commissioni& form = openNewOrder(1);
     ASSERT_EQ(form.ModeTag1(), "X");
     db().execute("drop table blocchi_record"); // the release now fails in the database
     dialogs.expectMessage("Errori rilevati durante l'eliminazione del record bloccato!");
