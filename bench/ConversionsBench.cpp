@@ -2,7 +2,7 @@
 // The conversions run for every cell of every line shown or saved: they must stay cheap.
 #include "common/Conversions.h"
 #include "common/Money.h"
-#include "host/SqlDialect.h"
+#include "data/SqlDialect.h"
 
 #include <benchmark/benchmark.h>
 
@@ -37,7 +37,7 @@ void rewriteOrderQuery(benchmark::State& state)
     const QString sql = QStringLiteral(
         "select commissione from mov_co where commissione='12' and year([Data Commissione]) IN ( 2025 , 2026 )");
     for (auto _ : state)
-        benchmark::DoNotOptimize(xv::host::rewriteSql(sql, xv::host::Engine::PostgreSQL));
+        benchmark::DoNotOptimize(xv::data::rewriteSql(sql, xv::data::Engine::PostgreSQL));
 }
 BENCHMARK(rewriteOrderQuery);
 

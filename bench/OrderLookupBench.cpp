@@ -2,11 +2,11 @@
 // Finding and reading one order among many: what the operator waits for when typing an order number.
 // Point XV_BENCH_DB at a database built by xvelario-makedb (for example --rows 1000000) to measure a
 // shop of that size; without it a database of some tens of thousands of rows is built once here.
-#include "host/Database.h"
-#include "host/DemoData.h"
-#include "host/Recordset.h"
-#include "host/Schema.h"
-#include "host/SqlText.h"
+#include "data/Database.h"
+#include "demo/DemoData.h"
+#include "data/Recordset.h"
+#include "data/Schema.h"
+#include "data/SqlText.h"
 
 #include <benchmark/benchmark.h>
 
@@ -17,7 +17,8 @@
 
 namespace {
 
-using namespace xv::host;
+using namespace xv::data;
+using namespace xv::demo;
 
 struct Shop
 {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/aMAIN.h"
 #include "app/mINIT_MODULO.h"
+#include "hostui/HostWindows.h"
 
 #include <QApplication>
 #include <QLocale>
@@ -17,6 +18,7 @@ int main(int argc, char** argv)
     // The shop works in Italian: dates day first, money in euro, whatever the machine is set to.
     QLocale::setDefault(QLocale(QLocale::Italian, QLocale::Italy));
 
+    xv::hostui::installHostWindows();
     xv::app::Main();
     if (xv::app::programEndRequested())
         return 1;

@@ -2,9 +2,9 @@
 // xvelario-makedb: builds a demonstration database, for trying the program and for measuring it on
 // large archives.
 #include "common/RuntimeError.h"
-#include "host/Database.h"
-#include "host/DemoData.h"
-#include "host/Schema.h"
+#include "data/Database.h"
+#include "demo/DemoData.h"
+#include "data/Schema.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -87,14 +87,14 @@ int main(int argc, char** argv)
     parser.addPositionalArgument(QStringLiteral("FILE.db"), QStringLiteral("Il file SQLite da creare."));
     parser.process(app);
 
-    xv::host::DemoOptions options;
+    xv::demo::DemoOptions options;
     qint64 number = 0;
     if (parser.isSet(rowsOption) && parser.isSet(ordersOption))
         return usageError(QStringLiteral("--rows e --orders si escludono a vicenda"));
     if (parser.isSet(rowsOption)) {
         if (!readPositive(parser, rowsOption, number))
             return usageError(QStringLiteral("--rows vuole un numero intero positivo"));
-        options.orders = xv::host::demoOrdersForRows(number);
+        options.orders = xv::demo::demoOrdersForRows(number);
     }
     if (parser.isSet(ordersOption)) {
         if (!readPositive(parser, ordersOption, number) || number > 1'000'000'000)
@@ -119,14 +119,14 @@ int main(int argc, char** argv)
     }
 
     const QStringList files = parser.positionalArguments();
-    xv::host::ConnectionConfig config;
+    xv::data::ConnectionConfig config;
     QString createdFile;
     try {
         if (parser.isSet(pgOption)) {
             if (!files.isEmpty())
                 return usageError(QStringLiteral("con --pg non si indica un file"));
-            config = xv::host::ConnectionConfig::fromText(parser.value(pgOption));
-            if (config.engine != xv::host::Engine::PostgreSQL)
+            config = xv::data::ConnectionConfig::fromText(parser.value(pgOption));
+            if (config.engine != xv::data::Engine::PostgreSQL)
                 return usageError(QStringLiteral("--pg vuole una connessione PostgreSQL"));
         } else {
             if (files.size() != 1)
@@ -134,7 +134,7 @@ int main(int argc, char** argv)
             if (QFileInfo::exists(files.first()))
                 return usageError(
                     QStringLiteral("il file %1 esiste già e non viene sovrascritto").arg(files.first()));
-            config = xv::host::ConnectionConfig::fromText(QStringLiteral("sqlite:") + files.first());
+            config = xv::data::ConnectionConfig::fromText(QStringLiteral("sqlite:") + files.first());
             createdFile = files.first();
         }
     } catch (const xv::common::RuntimeError& e) {
@@ -152,15 +152,15 @@ int main(int argc, char** argv)
 
     QElapsedTimer clock;
     clock.start();
-    xv::host::DemoSummary summary;
+    xv::demo::DemoSummary summary;
     try {
-        xv::host::Database db(config);
-        if (config.engine == xv::host::Engine::SQLite) {
+        xv::data::Database db(config);
+        if (config.engine == xv::data::Engine::SQLite) {
             // A throwaway build: a larger page cache keeps the indexes of a million rows in memory.
             db.executeBound(QStringLiteral("PRAGMA cache_size=-262144"));
         }
-        xv::host::migrate(db);
-        summary = xv::host::fillDemoData(db, options);
+        xv::data::migrate(db);
+        summary = xv::demo::fillDemoData(db, options);
     } catch (const std::exception& e) {
         if (lastPercent >= 0)
             say(stderr, QStringLiteral("\n"));

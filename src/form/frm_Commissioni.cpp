@@ -247,7 +247,7 @@ void frm_Commissioni::GET_Impostazioni()
 void frm_Commissioni::GET_Categorie()
 {
     try {
-        host::Recordset rs = host::host().OpenRecordset(
+        data::Recordset rs = host::host().OpenRecordset(
             QStringLiteral("SELECT CODICE,categoria FROM MED WHERE CATEGORIA in ('BOMBONIERE','ASTUCCI','FAZZOLETTI')"));
         struct Target
         {

@@ -9,15 +9,16 @@
 #include "common/RuntimeError.h"
 #include "host/Dialogs.h"
 #include "host/Services.h"
-#include "host/SqlText.h"
+#include "data/SqlText.h"
 #include "lines/FlexGrid.h"
+#include "orders/OrderSearch.h"
 
 #include <QCheckBox>
 #include <QLabel>
 
 namespace xv::form {
 
-using host::Recordset;
+using data::Recordset;
 
 bool frm_Commissioni::Flex_CaricaDocumento(const QString& number, const QString& year)
 {
@@ -102,7 +103,7 @@ void frm_Commissioni::showCustomer()
 
 void frm_Commissioni::Documento_Trova()
 {
-    const auto chosen = host::listWindow().SearchOrders(QStringLiteral("Trova Commissioni"));
+    const auto chosen = host::listWindow().Search(QStringLiteral("Trova Commissioni"), orders::orderSearchSql);
     if (!chosen || chosen->size() < 2)
         return;
     const QString number = chosen->at(0);
@@ -174,7 +175,7 @@ void frm_Commissioni::SetTextBoxControparte()
         const auto row = host::listWindow().PickRow(
             QStringLiteral("Clienti"),
             QStringLiteral("select rowid, ragsoc, comune, telefono, email from controparti where ragsoc like '") +
-                host::sqlEscape(c.nominativo) + QStringLiteral("%' order by ragsoc"));
+                data::sqlEscape(c.nominativo) + QStringLiteral("%' order by ragsoc"));
         if (row && !row->isEmpty())
             c.key = common::toInt32(common::numericValue(row->first().toString()));
     }

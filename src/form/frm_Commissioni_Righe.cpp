@@ -50,7 +50,7 @@ void frm_Commissioni::Flex_Init()
 {
     try {
         FlexGrid* g = grid();
-        host::Recordset columns = host::host().OpenSchema(4, QStringLiteral("movimenti"));
+        data::Recordset columns = host::host().OpenSchema(4, QStringLiteral("movimenti"));
         layOutOrderLines(*g, columns.recordCount());
         columns.moveFirst();
         for (qint16 i = 0; i <= columns.recordCount() - 1; ++i) {

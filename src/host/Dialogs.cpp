@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "Dialogs.h"
 
-#include <QAbstractButton>
-#include <QApplication>
-#include <QInputDialog>
-#include <QMessageBox>
+#include <QLoggingCategory>
 #include <QPointer>
+#include <QWidget>
+
+Q_LOGGING_CATEGORY(lcDialogs, "xv.host.dialogs")
 
 namespace xv::host {
 
@@ -24,72 +24,30 @@ State& state()
     return s;
 }
 
-Answer showMessageBox(const MessageRequest& request)
-{
-    QMessageBox box(state().parent);
-    box.setWindowTitle(request.title);
-    box.setText(request.text);
-    switch (request.icon) {
-    case Icon::Critical:
-        box.setIcon(QMessageBox::Critical);
-        break;
-    case Icon::Question:
-        box.setIcon(QMessageBox::Question);
-        break;
-    case Icon::Exclamation:
-        box.setIcon(QMessageBox::Warning);
-        break;
-    case Icon::Information:
-        box.setIcon(QMessageBox::Information);
-        break;
-    case Icon::None:
-        break;
-    }
-    switch (request.buttons) {
-    case Buttons::Ok:
-        box.setStandardButtons(QMessageBox::Ok);
-        break;
-    case Buttons::OkCancel:
-        box.setStandardButtons(QMessageBox::Ok | QMessageBox::Cancel);
-        break;
-    case Buttons::YesNo:
-        box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
-        break;
-    case Buttons::YesNoCancel:
-        box.setStandardButtons(QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
-        break;
-    }
-    const std::pair<QMessageBox::StandardButton, QString> captions[] = {
-        {QMessageBox::Yes, QStringLiteral("Sì")},
-        {QMessageBox::No, QStringLiteral("No")},
-        {QMessageBox::Cancel, QStringLiteral("Annulla")},
-    };
-    for (const auto& [which, caption] : captions) {
-        if (QAbstractButton* button = box.button(which))
-            button->setText(caption);
-    }
-    switch (box.exec()) {
-    case QMessageBox::Yes:
-        return Answer::Yes;
-    case QMessageBox::No:
-        return Answer::No;
-    case QMessageBox::Cancel:
-        return Answer::Cancel;
-    default:
-        return request.buttons == Buttons::Ok         ? Answer::Ok
-               : request.buttons == Buttons::OkCancel ? Answer::Cancel
-                                                      : Answer::No;
-    }
-}
-
 } // namespace
+
+Answer defaultAnswer(Buttons buttons)
+{
+    switch (buttons) {
+    case Buttons::Ok:
+        return Answer::Ok;
+    case Buttons::OkCancel:
+    case Buttons::YesNoCancel:
+        return Answer::Cancel;
+    case Buttons::YesNo:
+        return Answer::No;
+    }
+    return Answer::Cancel;
+}
 
 Answer Dialogs::message(const QString& text, Buttons buttons, Icon icon, const QString& title)
 {
     const MessageRequest request{text, title, buttons, icon};
     if (state().messageHandler)
         return state().messageHandler(request);
-    return showMessageBox(request);
+    // No window to show it in (a tool or a test without scripted answers): the safe answer, logged.
+    qCWarning(lcDialogs).noquote() << "no message window:" << request.title << request.text;
+    return defaultAnswer(request.buttons);
 }
 
 std::optional<QString> Dialogs::input(const QString& prompt, const QString& title, const QString& proposed)
@@ -97,12 +55,8 @@ std::optional<QString> Dialogs::input(const QString& prompt, const QString& titl
     const InputRequest request{prompt, title, proposed};
     if (state().inputHandler)
         return state().inputHandler(request);
-    bool ok = false;
-    const QString answer =
-        QInputDialog::getText(state().parent, title, prompt, QLineEdit::Normal, proposed, &ok);
-    if (!ok)
-        return std::nullopt;
-    return answer;
+    qCWarning(lcDialogs).noquote() << "no input window:" << title << prompt;
+    return std::nullopt;
 }
 
 void Dialogs::setParent(QWidget* parent)

@@ -29,6 +29,9 @@ struct InputRequest
     QString proposed;
 };
 
+// The answer a box gives when it is closed without a choice: Ok, No or Cancel.
+Answer defaultAnswer(Buttons buttons);
+
 // Every window that asks the operator something goes through here, so that code below the form never
 // opens a window itself and tests can answer by script.
 class Dialogs
@@ -45,7 +48,7 @@ public:
     static void setParent(QWidget* parent);
     static QWidget* parent();
 
-    // Replaces the real boxes (tests); an empty handler brings them back.
+    // The real boxes are put in place by the host's windows at start-up; tests put scripted answers.
     static void setMessageHandler(MessageHandler handler);
     static void setInputHandler(InputHandler handler);
 };

@@ -3,12 +3,12 @@
 
 #include "common/Conversions.h"
 #include "common/RuntimeError.h"
-#include "host/Database.h"
-#include "host/DemoData.h"
+#include "data/Database.h"
+#include "demo/DemoData.h"
 #include "host/Dialogs.h"
-#include "host/Schema.h"
-#include "host/SqlText.h"
-#include "host/TypeCodes.h"
+#include "data/Schema.h"
+#include "data/SqlText.h"
+#include "data/TypeCodes.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -30,6 +30,12 @@ namespace xv::host {
 
 using common::ErrorNumber;
 using common::RuntimeError;
+using data::ColumnInfo;
+using data::ConnectionConfig;
+using data::Engine;
+using data::Transaction;
+using data::sqlEscape;
+namespace TypeCode = data::TypeCode;
 
 namespace {
 
@@ -131,10 +137,9 @@ bool Host::Initialize()
         config = ConnectionConfig::fromText(connectionText);
         createdHere = config.engine == Engine::SQLite && !QFileInfo::exists(config.sqlitePath);
         m_db = std::make_unique<Database>(config);
-        const int before = migrate(*m_db);
+        const int before = data::migrate(*m_db);
         if (before == 0 && createdHere && m_options.fillDemoData) {
-            DemoOptions demo;
-            const DemoSummary summary = fillDemoData(*m_db, demo);
+            const demo::DemoSummary summary = demo::fillDemoData(*m_db, demo::DemoOptions());
             qCInfo(lcHost) << "demo data:" << summary.orders << "orders," << summary.movimentiRows << "rows";
         }
         return true;
@@ -210,7 +215,7 @@ Recordset Host::OpenSchema(int kind, const QString& table)
         throw RuntimeError(ErrorNumber::InvalidProcedureCall,
                            QStringLiteral("Tipo di schema non gestito: %1").arg(kind));
     QVector<QVector<QVariant>> rows;
-    for (const ColumnInfo& column : tableColumns(GetConnection(), table))
+    for (const ColumnInfo& column : data::tableColumns(GetConnection(), table))
         rows.push_back({column.name, column.typeCode});
     if (rows.isEmpty())
         throw RuntimeError(ErrorNumber::DatabaseError, QStringLiteral("Tabella sconosciuta: %1").arg(table));
@@ -314,7 +319,7 @@ QString Host::LockRecord(quintptr window, qint32 number, const QString& table)
             return QStringLiteral("Il documento N. %1 è in uso da %2 sulla postazione %3 dal %4")
                 .arg(number)
                 .arg(held.value(2).toString(), held.value(1).toString(),
-                     variantText(QVariant(variantDateTime(held.value(3)))));
+                     data::variantText(QVariant(data::variantDateTime(held.value(3)))));
         }
         db.executeBound(
             QStringLiteral("insert into blocchi_record (tabella, record, finestra, postazione, utente, dal) "

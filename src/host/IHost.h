@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "host/Recordset.h"
+#include "data/Recordset.h"
 
 #include <QColor>
 #include <QString>
@@ -9,13 +9,20 @@
 #include <QVariant>
 #include <QtGlobal>
 
+#include <functional>
 #include <optional>
 
 class QWidget;
 
+namespace xv::data {
+class Database;
+}
+
 namespace xv::host {
 
-class Database;
+// The host hands out the data layer's connection and recordsets.
+using data::Database;
+using data::Recordset;
 
 // Colours as the suite keeps them: 0x00BBGGRR, so 0xFF is red and 0xFF00 green.
 using Colour = quint32;
@@ -131,9 +138,11 @@ public:
     virtual ~IListWindow() = default;
     virtual void SelectFromList(const QString& source, int mode, const QString& caption, bool& confirmed) = 0;
     virtual Recordset GetSelectedRows() = 0;
-    // The order search: the chosen order's number, year and the other values shown, as text; nothing
-    // when the operator cancelled.
-    virtual std::optional<QStringList> SearchOrders(const QString& caption) = 0;
+    // An SQL text of the rows to search among: those matching a filter text (all for an empty one),
+    // newest first, at most limit of them.
+    using SearchSql = std::function<QString(const QString& filterText, int limit)>;
+    // A search window: the chosen row's values as shown, as text; nothing when the operator cancelled.
+    virtual std::optional<QStringList> Search(const QString& caption, const SearchSql& sqlFor) = 0;
     // The values of the row the operator chose among those of an SQL text, asked even when there is only
     // one; nothing when cancelled or when the text gives no rows.
     virtual std::optional<QVariantList> PickRow(const QString& caption, const QString& sql) = 0;

@@ -2,7 +2,7 @@
 #include "Services.h"
 
 #include "host/Host.h"
-#include "host/ListWindow.h"
+#include "common/RuntimeError.h"
 
 #include <QSettings>
 
@@ -15,6 +15,7 @@ struct Registry
     std::unique_ptr<IHost> host;
     std::unique_ptr<IFormSettings> formSettings;
     std::unique_ptr<IListWindow> listWindow;
+    std::function<std::unique_ptr<IListWindow>()> listWindowFactory;
 };
 
 Registry& registry()
@@ -48,8 +49,12 @@ IFormSettings& formSettings()
 IListWindow& listWindow()
 {
     auto& slot = registry().listWindow;
-    if (!slot)
-        slot = std::make_unique<ListWindow>();
+    if (!slot) {
+        if (!registry().listWindowFactory)
+            throw common::RuntimeError(common::ErrorNumber::ActionNotSupported,
+                                       QStringLiteral("Nessuna finestra di elenco disponibile"));
+        slot = registry().listWindowFactory();
+    }
     return *slot;
 }
 
@@ -66,6 +71,11 @@ void setFormSettings(std::unique_ptr<IFormSettings> service)
 void setListWindow(std::unique_ptr<IListWindow> service)
 {
     registry().listWindow = std::move(service);
+}
+
+void setListWindowFactory(std::function<std::unique_ptr<IListWindow>()> factory)
+{
+    registry().listWindowFactory = std::move(factory);
 }
 
 void resetServices()

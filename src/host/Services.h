@@ -3,6 +3,7 @@
 
 #include "host/IHost.h"
 
+#include <functional>
 #include <memory>
 
 namespace xv::host {
@@ -18,6 +19,8 @@ void setHost(std::unique_ptr<IHost> service);
 void setFormSettings(std::unique_ptr<IFormSettings> service);
 void setListWindow(std::unique_ptr<IListWindow> service);
 void resetServices();
+// How the list-window object is made on first use; the host's windows set it at start.
+void setListWindowFactory(std::function<std::unique_ptr<IListWindow>()> factory);
 
 // Form settings kept per workstation in an INI file of the data folder.
 class IniFormSettings : public IFormSettings

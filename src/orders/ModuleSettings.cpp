@@ -3,7 +3,7 @@
 
 #include "common/Conversions.h"
 #include "host/IHost.h"
-#include "host/SqlText.h"
+#include "data/SqlText.h"
 
 namespace xv::orders {
 
@@ -38,7 +38,7 @@ QString customerListSql(const QString& pattern, const QString& typedName)
     QString sql = pattern;
     const QString filter = typedName.isEmpty()
                                ? QString()
-                               : QStringLiteral("and ragsoc like '") + host::sqlEscape(typedName) + QStringLiteral("%'");
+                               : QStringLiteral("and ragsoc like '") + data::sqlEscape(typedName) + QStringLiteral("%'");
     return sql.replace(QStringLiteral("[and_ragsoc]"), filter);
 }
 

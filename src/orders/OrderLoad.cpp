@@ -5,17 +5,17 @@
 #include "common/Dates.h"
 #include "common/RuntimeError.h"
 #include "host/IHost.h"
-#include "host/Recordset.h"
-#include "host/SqlText.h"
-#include "host/TypeCodes.h"
+#include "data/Recordset.h"
+#include "data/SqlText.h"
+#include "data/TypeCodes.h"
 #include "lines/GridColumns.h"
 
 
 namespace xv::orders {
 
 using common::RuntimeError;
-using host::Recordset;
-using host::sqlEscape;
+using data::Recordset;
+using data::sqlEscape;
 
 QString existenceSql(const QString& number, int lastYear, const QString& year)
 {
@@ -82,7 +82,7 @@ QString numberText(const QVariant& value)
     case QMetaType::Float:
         return QString::number(value.toDouble(), 'g', 15);
     default:
-        return host::variantText(value);
+        return data::variantText(value);
     }
 }
 
@@ -90,7 +90,7 @@ QString moneyText(const QVariant& value, const QString& field)
 {
     if (value.isNull())
         invalidUseOfNull(field);
-    return host::variantMoney(value).toCurrencyText();
+    return data::variantMoney(value).toCurrencyText();
 }
 
 bool nullMayBeEmpty(int column)
@@ -117,7 +117,7 @@ QString dateText(const QVariant& value)
 {
     if (value.isNull())
         return {};
-    const QDateTime when = host::variantDateTime(value);
+    const QDateTime when = data::variantDateTime(value);
     if (isOldZeroDate(when.date()))
         return when.time().toString(QStringLiteral("HH:mm:ss"));
     return common::shortDateTime(when);
@@ -218,7 +218,7 @@ QStringList gridCells(const Recordset& rs, const QVector<int>& columnTypes)
             cells << QString();
             continue;
         }
-        if (columnTypes.value(c) == host::TypeCode::Date)
+        if (columnTypes.value(c) == data::TypeCode::Date)
             cells << dateText(value);
         else
             cells << numberText(value);

@@ -12,8 +12,10 @@
 
 namespace xv::host {
 class IHost;
+}
+namespace xv::data {
 class Recordset;
-} // namespace xv::host
+}
 
 namespace xv::orders {
 
@@ -69,15 +71,15 @@ struct Customer
 };
 
 // Read from the current row of the lines query; a null where a date is read is an error.
-OrderHeader readHeader(const host::Recordset& rs);
-Customer readOrderCustomer(const host::Recordset& rs);
+OrderHeader readHeader(const data::Recordset& rs);
+Customer readOrderCustomer(const data::Recordset& rs);
 // The customer of controparti's current row (nulls read as empty).
-Customer readCounterpart(const host::Recordset& rs);
+Customer readCounterpart(const data::Recordset& rs);
 
 // The 61 grid cells of the current row: money as currency text, dates as short dates, numbers with a
 // decimal point. columnTypes are the table's type codes by column, as the grid's type row holds them.
 // A null gives an empty cell only in the columns that may hold one.
-QStringList gridCells(const host::Recordset& rs, const QVector<int>& columnTypes);
+QStringList gridCells(const data::Recordset& rs, const QVector<int>& columnTypes);
 
 // A value of a date column as the grid and the text boxes show it ("" for a null).
 QString dateText(const QVariant& value);

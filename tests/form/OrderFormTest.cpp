@@ -28,7 +28,7 @@ namespace {
 using namespace xv;
 using common::Money;
 using form::frm_Commissioni;
-using host::Recordset;
+using data::Recordset;
 
 class OrderFormTest : public test::EngineTest
 {
@@ -83,7 +83,7 @@ protected:
         QTest::keyClicks(box, number);
         QTest::keyClick(box, Qt::Key_Return);
     }
-    host::Database& db() { return m_host->GetConnection(); }
+    data::Database& db() { return m_host->GetConnection(); }
 
     host::Host* m_host = nullptr;
     std::unique_ptr<frm_Commissioni> m_form;
@@ -223,8 +223,8 @@ TEST_P(OrderFormTest, TheSearchWindowReachesOldOrdersWithTheirOwnYear)
     test::addOrderLine(db(), "3", QDate(m_year, 5, 5));
     test::ScriptedDialogs noBoxes;
     test::ScriptedLists lists;
-    lists.expectList("Trova Commissioni", [](const host::ListRequest&, const Recordset& rows) {
-        host::ListAnswer answer;
+    lists.expectList("Trova Commissioni", [](const hostui::ListRequest&, const Recordset& rows) {
+        hostui::ListAnswer answer;
         answer.confirmed = true;
         Recordset r = rows;
         for (int i = 0; !r.eof(); r.moveNext(), ++i) {
@@ -418,10 +418,10 @@ TEST_P(OrderFormTest, LeavingTheCustomerWithTheCheckOnPicksAKnownCustomer)
     m_host->SaveSetting("comm", "checkControparti", "1", "DOCS");
     test::ScriptedDialogs noBoxes;
     test::ScriptedLists lists;
-    lists.expectList("Clienti", [](const host::ListRequest& request, const Recordset& rows) {
+    lists.expectList("Clienti", [](const hostui::ListRequest& request, const Recordset& rows) {
         EXPECT_TRUE(request.sql.contains("like 'D''Ang%'")) << request.sql.toStdString();
         EXPECT_EQ(rows.recordCount(), 2);
-        host::ListAnswer answer;
+        hostui::ListAnswer answer;
         answer.confirmed = true;
         answer.rows = {0};
         return answer;

@@ -3,10 +3,10 @@
 #include "TestDatabase.h"
 
 #include "common/RuntimeError.h"
-#include "host/Database.h"
+#include "data/Database.h"
 #include "host/Host.h"
-#include "host/Schema.h"
-#include "host/TypeCodes.h"
+#include "data/Schema.h"
+#include "data/TypeCodes.h"
 
 #include <QFile>
 #include <QSqlQuery>
@@ -18,13 +18,13 @@ namespace {
 
 using namespace xv;
 using host::Host;
-using host::TypeCode::Currency;
-using host::TypeCode::Date;
-using host::TypeCode::Double;
-using host::TypeCode::Integer;
-using host::TypeCode::Single;
-using host::TypeCode::SmallInt;
-using host::TypeCode::Text;
+using data::TypeCode::Currency;
+using data::TypeCode::Date;
+using data::TypeCode::Double;
+using data::TypeCode::Integer;
+using data::TypeCode::Single;
+using data::TypeCode::SmallInt;
+using data::TypeCode::Text;
 
 class HostTest : public test::HostedTest
 {
@@ -69,7 +69,7 @@ TEST_P(HostTest, OpenSchemaListsTheSixtyOneOrderColumnsInOrderWithTheirTypeCodes
         {42, "totale", Currency},      {43, "attrib00", Text},     {48, "attrib05", Date},
         {54, "statoriga", Text},       {57, "rowid_pagamento", Integer}, {60, "riferimenti", Text},
     };
-    host::Recordset rs = h().OpenSchema(4, "movimenti");
+    data::Recordset rs = h().OpenSchema(4, "movimenti");
     ASSERT_EQ(rs.recordCount(), 61);
     QStringList names;
     QVector<int> types;
@@ -92,7 +92,7 @@ TEST_P(HostTest, OpenSchemaListsTheSixtyOneOrderColumnsInOrderWithTheirTypeCodes
 
 TEST_P(HostTest, LookupByTwoKeysMatchesBothKeysAndQuotesValues)
 {
-    host::Database& db = h().GetConnection();
+    data::Database& db = h().GetConnection();
     db.execute("insert into numeratori (codtipodoc, tipodocumento, serie, numero) values ('CO', 'COMM', '2025', 12)");
     db.execute("insert into numeratori (codtipodoc, tipodocumento, serie, numero) values ('CO', 'COMM', '2026', 41)");
     db.execute("insert into numeratori (codtipodoc, tipodocumento, serie, numero) values ('C''X', 'X', '2026', 7)");
@@ -154,7 +154,7 @@ TEST_P(HostTest, NamesTitleAndColoursComeFromSettingsWithDefaults)
     h().SaveSetting("PREDEFINITI", "SogliaScorta", "2.5", "eKELA");
     EXPECT_EQ(h().GetStockThreshold(), 2); // halves to even
     EXPECT_TRUE(h().GetDataPath().endsWith('/'));
-    EXPECT_TRUE(h().FileExists(h().GetDataPath() + "test.db") || GetParam() == host::Engine::PostgreSQL);
+    EXPECT_TRUE(h().FileExists(h().GetDataPath() + "test.db") || GetParam() == data::Engine::PostgreSQL);
     EXPECT_FALSE(h().FileExists(h().GetDataPath()));
 }
 
@@ -199,7 +199,7 @@ TEST_P(HostTest, ASecondStartFindsTheSchemaInPlace)
     m_host.reset();
     Host again(database().hostOptions());
     ASSERT_TRUE(again.Initialize());
-    EXPECT_EQ(host::schemaVersion(again.GetConnection()), host::latestSchemaVersion());
+    EXPECT_EQ(data::schemaVersion(again.GetConnection()), data::latestSchemaVersion());
     EXPECT_EQ(again.GetSetting("comm", "sql", "mov_co", "DOCS"), "vista");
 }
 
@@ -276,16 +276,16 @@ namespace {
 
 TEST(ConnectionConfigTest, ReadsTheEmbeddedFileOrTheServerAndRefusesWhatItCannotUse)
 {
-    const auto embedded = xv::host::ConnectionConfig::fromText("sqlite:/tmp/negozio.db");
-    EXPECT_EQ(embedded.engine, xv::host::Engine::SQLite);
+    const auto embedded = xv::data::ConnectionConfig::fromText("sqlite:/tmp/negozio.db");
+    EXPECT_EQ(embedded.engine, xv::data::Engine::SQLite);
     EXPECT_EQ(embedded.sqlitePath, "/tmp/negozio.db");
-    const auto server = xv::host::ConnectionConfig::fromText("host=192.0.2.1 port=5433 user=cassa schema=negozio_1");
-    EXPECT_EQ(server.engine, xv::host::Engine::PostgreSQL);
+    const auto server = xv::data::ConnectionConfig::fromText("host=192.0.2.1 port=5433 user=cassa schema=negozio_1");
+    EXPECT_EQ(server.engine, xv::data::Engine::PostgreSQL);
     EXPECT_EQ(server.port, 5433);
     EXPECT_EQ(server.databaseName, "cassa") << "the user's database when none is named";
     EXPECT_EQ(server.schema, "negozio_1");
     for (const char* bad : {"host=x schema=a;drop", "host=x schema=\"q\"", "host=x colore=blu", "nonsense"})
-        EXPECT_THROW(xv::host::ConnectionConfig::fromText(bad), xv::common::RuntimeError) << bad;
+        EXPECT_THROW(xv::data::ConnectionConfig::fromText(bad), xv::common::RuntimeError) << bad;
 }
 
 } // namespace

@@ -13,7 +13,7 @@ namespace {
 
 using namespace xv;
 using common::Money;
-using host::Recordset;
+using data::Recordset;
 
 class OrderLoadTest : public test::HostedTest
 {
@@ -123,7 +123,7 @@ TEST_P(OrderLoadTest, HeaderAndCustomerComeFromTheFirstRow)
 
 TEST_P(OrderLoadTest, ProposedNumberIsTheCounterPlusOneOrNothingWithoutACounter)
 {
-    host::Database& db = m_host->GetConnection();
+    data::Database& db = m_host->GetConnection();
     test::addCounter(db, 2026, 41);
     const auto proposal = orders::proposeNumber(*m_host, "CO", 2026);
     ASSERT_TRUE(proposal.has_value());

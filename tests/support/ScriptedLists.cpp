@@ -5,12 +5,12 @@
 
 namespace xv::test {
 
-using host::ListAnswer;
-using host::ListWindows;
+using hostui::ListAnswer;
+using hostui::ListWindows;
 
 ScriptedLists::ScriptedLists()
 {
-    ListWindows::setHandler([this](const host::ListRequest& request, const host::Recordset& rows) {
+    ListWindows::setHandler([this](const hostui::ListRequest& request, const data::Recordset& rows) {
         m_requests.push_back(request);
         m_shown.push_back(rows);
         if (m_expectedLists.empty()) {
@@ -26,7 +26,7 @@ ScriptedLists::ScriptedLists()
         return expected.answer(request, rows);
     });
     ListWindows::setSettingsHandler(
-        [this](const host::SettingsRequest& request) -> std::optional<QVector<host::SettingEntry>> {
+        [this](const hostui::SettingsRequest& request) -> std::optional<QVector<hostui::SettingEntry>> {
             m_settingsRequests.push_back(request);
             if (m_expectedSettings.empty()) {
                 ADD_FAILURE() << "unexpected settings window: " << request.caption.toStdString();
@@ -58,7 +58,7 @@ void ScriptedLists::expectList(const QString& containingCaption, Answerer answer
 
 void ScriptedLists::expectChoice(const QString& containingCaption, QVector<int> rows)
 {
-    expectList(containingCaption, [rows](const host::ListRequest&, const host::Recordset& shown) {
+    expectList(containingCaption, [rows](const hostui::ListRequest&, const data::Recordset& shown) {
         for (int row : rows) {
             if (row < 0 || row >= shown.recordCount())
                 ADD_FAILURE() << "scripted choice of row " << row << " among " << shown.recordCount();
@@ -70,7 +70,7 @@ void ScriptedLists::expectChoice(const QString& containingCaption, QVector<int> 
 void ScriptedLists::expectCancel(const QString& containingCaption)
 {
     expectList(containingCaption,
-               [](const host::ListRequest&, const host::Recordset&) { return ListAnswer(); });
+               [](const hostui::ListRequest&, const data::Recordset&) { return ListAnswer(); });
 }
 
 void ScriptedLists::expectSettings(const QString& containingCaption, SettingsAnswerer answer)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "host/ListWindow.h"
+#include "hostui/ListWindow.h"
 
 #include <QVector>
 
@@ -16,9 +16,9 @@ namespace xv::test {
 class ScriptedLists
 {
 public:
-    using Answerer = std::function<host::ListAnswer(const host::ListRequest&, const host::Recordset&)>;
+    using Answerer = std::function<hostui::ListAnswer(const hostui::ListRequest&, const data::Recordset&)>;
     using SettingsAnswerer =
-        std::function<std::optional<QVector<host::SettingEntry>>(const host::SettingsRequest&)>;
+        std::function<std::optional<QVector<hostui::SettingEntry>>(const hostui::SettingsRequest&)>;
 
     ScriptedLists();
     ~ScriptedLists();
@@ -32,9 +32,9 @@ public:
     void expectCancel(const QString& containingCaption);
     void expectSettings(const QString& containingCaption, SettingsAnswerer answer);
 
-    const QVector<host::ListRequest>& requests() const { return m_requests; }
-    const QVector<host::Recordset>& shown() const { return m_shown; }
-    const QVector<host::SettingsRequest>& settingsRequests() const { return m_settingsRequests; }
+    const QVector<hostui::ListRequest>& requests() const { return m_requests; }
+    const QVector<data::Recordset>& shown() const { return m_shown; }
+    const QVector<hostui::SettingsRequest>& settingsRequests() const { return m_settingsRequests; }
 
 private:
     struct ExpectedList
@@ -49,9 +49,9 @@ private:
     };
     std::deque<ExpectedList> m_expectedLists;
     std::deque<ExpectedSettings> m_expectedSettings;
-    QVector<host::ListRequest> m_requests;
-    QVector<host::Recordset> m_shown;
-    QVector<host::SettingsRequest> m_settingsRequests;
+    QVector<hostui::ListRequest> m_requests;
+    QVector<data::Recordset> m_shown;
+    QVector<hostui::SettingsRequest> m_settingsRequests;
 };
 
 } // namespace xv::test

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "TestDatabase.h"
 
-#include "host/Schema.h"
+#include "data/Schema.h"
 
 #include <QRandomGenerator>
 #include <QSqlDatabase>
@@ -18,7 +18,7 @@ QString adminExec(const QString& base, const QString& statement)
     const QString name = QStringLiteral("xv-test-admin-%1").arg(QRandomGenerator::global()->generate());
     QString error;
     {
-        const host::ConnectionConfig config = host::ConnectionConfig::fromText(base);
+        const data::ConnectionConfig config = data::ConnectionConfig::fromText(base);
         QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), name);
         db.setHostName(config.host);
         db.setPort(config.port);
@@ -45,13 +45,13 @@ bool postgresRequired()
     return !qEnvironmentVariableIsEmpty("XV_TEST_REQUIRE_PG") || qEnvironmentVariable("CI") == QLatin1String("true");
 }
 
-TestDatabase::TestDatabase(host::Engine engine) : m_engine(engine)
+TestDatabase::TestDatabase(data::Engine engine) : m_engine(engine)
 {
     if (!m_dir.isValid()) {
         m_reason = QStringLiteral("no temporary folder");
         return;
     }
-    if (engine == host::Engine::SQLite) {
+    if (engine == data::Engine::SQLite) {
         m_available = true;
         return;
     }
@@ -71,13 +71,13 @@ TestDatabase::TestDatabase(host::Engine engine) : m_engine(engine)
 
 TestDatabase::~TestDatabase()
 {
-    if (m_engine == host::Engine::PostgreSQL && m_available)
+    if (m_engine == data::Engine::PostgreSQL && m_available)
         adminExec(m_pgBase, QStringLiteral("drop schema %1 cascade").arg(m_schema));
 }
 
 QString TestDatabase::connectionText() const
 {
-    if (m_engine == host::Engine::SQLite)
+    if (m_engine == data::Engine::SQLite)
         return QStringLiteral("sqlite:") + dataPath() + QStringLiteral("test.db");
     return m_pgBase + QStringLiteral(" schema=") + m_schema;
 }
@@ -97,7 +97,7 @@ void EngineTest::SetUp()
 {
     m_database = std::make_unique<TestDatabase>(GetParam());
     if (!m_database->available()) {
-        if (GetParam() == host::Engine::PostgreSQL && !postgresRequired())
+        if (GetParam() == data::Engine::PostgreSQL && !postgresRequired())
             GTEST_SKIP() << m_database->reason().toStdString();
         FAIL() << m_database->reason().toStdString();
     }
@@ -113,8 +113,8 @@ void SchemaTest::SetUp()
     EngineTest::SetUp();
     if (IsSkipped() || HasFatalFailure())
         return;
-    m_db = std::make_unique<host::Database>(database().config());
-    host::migrate(*m_db);
+    m_db = std::make_unique<data::Database>(database().config());
+    data::migrate(*m_db);
 }
 
 void SchemaTest::TearDown()
@@ -138,9 +138,9 @@ void HostedTest::TearDown()
     EngineTest::TearDown();
 }
 
-std::string engineName(const ::testing::TestParamInfo<host::Engine>& info)
+std::string engineName(const ::testing::TestParamInfo<data::Engine>& info)
 {
-    return info.param == host::Engine::SQLite ? "SQLite" : "PostgreSQL";
+    return info.param == data::Engine::SQLite ? "SQLite" : "PostgreSQL";
 }
 
 } // namespace xv::test

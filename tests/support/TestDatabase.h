@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "host/Database.h"
+#include "data/Database.h"
 #include "host/Host.h"
 
 #include "QtPrinters.h"
@@ -20,22 +20,22 @@ namespace xv::test {
 class TestDatabase
 {
 public:
-    explicit TestDatabase(host::Engine engine);
+    explicit TestDatabase(data::Engine engine);
     ~TestDatabase();
 
     // Empty when the engine cannot be reached; the reason says why.
     bool available() const { return m_available; }
     const QString& reason() const { return m_reason; }
 
-    host::Engine engine() const { return m_engine; }
+    data::Engine engine() const { return m_engine; }
     QString dataPath() const { return m_dir.path() + QLatin1Char('/'); }
     QString connectionText() const;
-    host::ConnectionConfig config() const { return host::ConnectionConfig::fromText(connectionText()); }
+    data::ConnectionConfig config() const { return data::ConnectionConfig::fromText(connectionText()); }
     // Host options on this database, demo data off, a fixed operator and workstation.
     host::HostOptions hostOptions() const;
 
 private:
-    host::Engine m_engine;
+    data::Engine m_engine;
     QTemporaryDir m_dir;
     bool m_available = false;
     QString m_reason;
@@ -47,7 +47,7 @@ private:
 bool postgresRequired();
 
 // Base of the tests that run once per engine.
-class EngineTest : public ::testing::TestWithParam<host::Engine>
+class EngineTest : public ::testing::TestWithParam<data::Engine>
 {
 protected:
     void SetUp() override;
@@ -64,10 +64,10 @@ class SchemaTest : public EngineTest
 protected:
     void SetUp() override;
     void TearDown() override;
-    host::Database& db() { return *m_db; }
+    data::Database& db() { return *m_db; }
 
 private:
-    std::unique_ptr<host::Database> m_db;
+    std::unique_ptr<data::Database> m_db;
 };
 
 // Base of the tests that work through a host, made ready on a fresh database of each engine.
@@ -81,11 +81,11 @@ protected:
     std::unique_ptr<host::Host> m_host;
 };
 
-std::string engineName(const ::testing::TestParamInfo<host::Engine>& info);
+std::string engineName(const ::testing::TestParamInfo<data::Engine>& info);
 
 #define XV_INSTANTIATE_FOR_ENGINES(Suite)                                                                  \
     INSTANTIATE_TEST_SUITE_P(Engines, Suite,                                                               \
-                             ::testing::Values(::xv::host::Engine::SQLite, ::xv::host::Engine::PostgreSQL), \
+                             ::testing::Values(::xv::data::Engine::SQLite, ::xv::data::Engine::PostgreSQL), \
                              ::xv::test::engineName)
 
 } // namespace xv::test

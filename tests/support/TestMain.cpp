@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: MIT
+#include "host/Services.h"
+#include "hostui/ListWindow.h"
+
 #include <gtest/gtest.h>
 
 #include <QApplication>
@@ -11,6 +14,9 @@ int main(int argc, char** argv)
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
+    // The real list windows, answered by the scripted handlers; message boxes stay scripted per test.
+    xv::host::setListWindowFactory(
+        []() -> std::unique_ptr<xv::host::IListWindow> { return std::make_unique<xv::hostui::ListWindow>(); });
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

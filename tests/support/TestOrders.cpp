@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "TestOrders.h"
 
-#include "host/Database.h"
+#include "data/Database.h"
 
 namespace xv::test {
 
-int addOrderLine(host::Database& db, const QString& numero, const QDate& datadocumento,
-                 const std::function<void(host::Recordset&)>& adjust)
+int addOrderLine(data::Database& db, const QString& numero, const QDate& datadocumento,
+                 const std::function<void(data::Recordset&)>& adjust)
 {
-    host::Recordset t = host::Recordset::openTable(db, QStringLiteral("movimenti"));
+    data::Recordset t = data::Recordset::openTable(db, QStringLiteral("movimenti"));
     t.addNew();
     for (const char* text : {"Descrizione2", "codenominativo", "Indirizzo", "Cap", "comune", "Spedizione",
                              "provincia", "telefono", "attrib00", "attrib01", "attrib02", "attrib03", "attrib06",
@@ -40,7 +40,7 @@ int addOrderLine(host::Database& db, const QString& numero, const QDate& datadoc
     return t.value(QStringLiteral("rowid")).toInt();
 }
 
-void addCounter(host::Database& db, int year, int lastNumber)
+void addCounter(data::Database& db, int year, int lastNumber)
 {
     db.executeBound(QStringLiteral("insert into numeratori (codtipodoc, tipodocumento, serie, numero) "
                                    "values ('CO', 'COMM', ?, ?)"),

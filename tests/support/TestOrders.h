@@ -2,14 +2,14 @@
 #pragma once
 
 #include "common/Money.h"
-#include "host/Recordset.h"
+#include "data/Recordset.h"
 
 #include <QDate>
 #include <QString>
 
 #include <functional>
 
-namespace xv::host {
+namespace xv::data {
 class Database;
 }
 
@@ -17,9 +17,9 @@ namespace xv::test {
 
 // Writes one order line with every column filled, as a saved order holds it; adjust changes fields
 // before the row is written. Returns the new row's key.
-int addOrderLine(host::Database& db, const QString& numero, const QDate& datadocumento,
-                 const std::function<void(host::Recordset&)>& adjust = {});
+int addOrderLine(data::Database& db, const QString& numero, const QDate& datadocumento,
+                 const std::function<void(data::Recordset&)>& adjust = {});
 
-void addCounter(host::Database& db, int year, int lastNumber);
+void addCounter(data::Database& db, int year, int lastNumber);
 
 } // namespace xv::test

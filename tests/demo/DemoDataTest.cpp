@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "host/DemoData.h"
+#include "demo/DemoData.h"
 #include "common/RuntimeError.h"
-#include "host/Database.h"
-#include "host/Schema.h"
+#include "data/Database.h"
+#include "data/Schema.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +13,8 @@
 #include <algorithm>
 #include <memory>
 
-using namespace xv::host;
+using namespace xv::data;
+using namespace xv::demo;
 
 namespace {
 

@@ -2,7 +2,7 @@
 #include "Database.h"
 
 #include "common/RuntimeError.h"
-#include "host/TypeCodes.h"
+#include "data/TypeCodes.h"
 
 #include <QAtomicInteger>
 #include <QDateTime>
@@ -13,7 +13,7 @@
 
 Q_LOGGING_CATEGORY(lcDb, "xv.host.db")
 
-namespace xv::host {
+namespace xv::data {
 
 using common::ErrorNumber;
 using common::RuntimeError;
@@ -247,4 +247,4 @@ void Transaction::commit()
     m_done = true;
 }
 
-} // namespace xv::host
+} // namespace xv::data

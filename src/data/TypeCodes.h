@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-namespace xv::host {
+namespace xv::data {
 
 // Data type codes as the suite's data access reports them; the grid and the save act on these.
 namespace TypeCode {
@@ -17,4 +17,4 @@ constexpr int Numeric = 131;
 constexpr int Text = 130;
 } // namespace TypeCode
 
-} // namespace xv::host
+} // namespace xv::data

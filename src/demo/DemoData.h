@@ -6,9 +6,13 @@
 
 #include <functional>
 
-namespace xv::host {
-
+namespace xv::data {
 class Database;
+}
+
+namespace xv::demo {
+
+using data::Database;
 
 struct DemoOptions
 {
@@ -40,4 +44,4 @@ DemoSummary fillDemoData(Database& db, const DemoOptions& options);
 // lines, and the suppliers' deliveries add a few hundred rows whatever the order count.
 int demoOrdersForRows(qint64 movimentiRows);
 
-} // namespace xv::host
+} // namespace xv::demo

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "host/SqlDialect.h"
+#include "data/SqlDialect.h"
 #include "TestDatabase.h"
 #include "common/RuntimeError.h"
-#include "host/SqlText.h"
+#include "data/SqlText.h"
 
 #include <gtest/gtest.h>
 
@@ -13,8 +13,8 @@
 namespace {
 
 using namespace xv;
-using host::Engine;
-using host::rewriteSql;
+using data::Engine;
+using data::rewriteSql;
 
 QString text(const char* utf8)
 {
@@ -73,8 +73,8 @@ TEST(SqlText, DoublesEveryQuote)
         const char* escaped;
     } cases[] = {{"O'Brien", "O''Brien"}, {"''", "''''"}, {"", ""}, {"'a'b'", "''a''b''"}};
     for (const auto& c : cases) {
-        EXPECT_EQ(host::sqlEscape(text(c.value)), text(c.escaped)) << c.value;
-        EXPECT_EQ(host::sqlQuoted(text(c.value)), "'" + text(c.escaped) + "'") << c.value;
+        EXPECT_EQ(data::sqlEscape(text(c.value)), text(c.escaped)) << c.value;
+        EXPECT_EQ(data::sqlQuoted(text(c.value)), "'" + text(c.escaped) + "'") << c.value;
     }
 }
 
@@ -85,7 +85,7 @@ TEST(SqliteFunctions, RefuseAConnectionThatIsNotAnOpenSqliteOne)
         const QSqlDatabase unopened = QSqlDatabase::addDatabase("QSQLITE", name);
         for (const QSqlDatabase& db : {unopened, QSqlDatabase()}) {
             try {
-                host::registerSqliteFunctions(db);
+                data::registerSqliteFunctions(db);
                 ADD_FAILURE() << "no error for " << db.connectionName().toStdString();
             } catch (const common::RuntimeError& error) {
                 EXPECT_EQ(error.number(), static_cast<int>(common::ErrorNumber::DatabaseError));

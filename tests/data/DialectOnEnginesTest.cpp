@@ -2,17 +2,17 @@
 // The program's own SQL texts, in the suite's dialect, run against our schema on each engine.
 #include "TestDatabase.h"
 
-#include "host/Database.h"
-#include "host/Recordset.h"
-#include "host/Schema.h"
-#include "host/SqlText.h"
+#include "data/Database.h"
+#include "data/Recordset.h"
+#include "data/Schema.h"
+#include "data/SqlText.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
 using namespace xv;
-using host::Recordset;
+using data::Recordset;
 
 struct Line
 {
@@ -72,7 +72,7 @@ protected:
 TEST_P(DialectOnEnginesTest, OrderExistsInMovCoForTheYearAndTheYearBefore)
 {
     const auto exists = [&](const QString& numero, int lastYear, int year) {
-        return column("select commissione from mov_co where commissione='" + host::sqlEscape(numero) +
+        return column("select commissione from mov_co where commissione='" + data::sqlEscape(numero) +
                           "' and year([Data Commissione]) IN ( " + QString::number(lastYear) + " , " +
                           QString::number(year) + " )",
                       "commissione");
@@ -162,7 +162,7 @@ TEST_P(DialectOnEnginesTest, CategoryAndAgentQueriesRunAsWritten)
     const QString sql =
         "SELECT distinct agente.RAGSOC,agente.EMAIL FROM controparti as fornitore,controparti as "
         "agente,doc_righemov as righe where fornitore.codagente=agente.rowid and "
-        "fornitore.rowid=righe.rowid_controparte and righe.codice='" + host::sqlEscape("BOM001") + "'";
+        "fornitore.rowid=righe.rowid_controparte and righe.codice='" + data::sqlEscape("BOM001") + "'";
     EXPECT_EQ(column(sql, "email"), QStringList({"bruno@example.it"}));
     EXPECT_TRUE(column("select * from mov_co where commissione='F1'", "commissione").isEmpty())
         << "supplier deliveries are not orders";

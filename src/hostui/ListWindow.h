@@ -2,7 +2,7 @@
 #pragma once
 
 #include "host/IHost.h"
-#include "host/Recordset.h"
+#include "data/Recordset.h"
 
 #include <QDialog>
 #include <QString>
@@ -22,10 +22,16 @@ class QTableView;
 class QTableWidget;
 class QTimer;
 
-namespace xv::host {
+namespace xv::hostui {
+
+using data::Recordset;
+using host::IListWindow;
 
 class ListModel;
 class ListProxyModel;
+
+// No column of a list window grows wider than this, in pixels: long texts show in full as tooltips.
+constexpr int kMaxColumnWidth = 320;
 
 struct ListRequest
 {
@@ -168,21 +174,21 @@ private:
 class ListWindow : public IListWindow
 {
 public:
-    static constexpr int kOrderLimit = 5000;
+    static constexpr int kSearchLimit = 5000;
 
-    // orderLimit: how many of the newest orders the order search loads before anything is typed.
-    explicit ListWindow(int orderLimit = kOrderLimit);
+    // searchLimit: how many of the newest rows a search window loads before anything is typed.
+    explicit ListWindow(int searchLimit = kSearchLimit);
 
     // source: a table or view name, an SQL text starting with select, or a settings key (config_comm,
     // config_CO). mode 1 lets the operator choose several rows. Throws the database's error for a bad text.
     void SelectFromList(const QString& source, int mode, const QString& caption, bool& confirmed) override;
     Recordset GetSelectedRows() override;
-    std::optional<QStringList> SearchOrders(const QString& caption) override;
+    std::optional<QStringList> Search(const QString& caption, const SearchSql& sqlFor) override;
     std::optional<QVariantList> PickRow(const QString& caption, const QString& sql) override;
 
 private:
-    int m_orderLimit;
+    int m_searchLimit;
     Recordset m_selected;
 };
 
-} // namespace xv::host
+} // namespace xv::hostui

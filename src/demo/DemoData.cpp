@@ -2,7 +2,7 @@
 #include "DemoData.h"
 
 #include "common/RuntimeError.h"
-#include "host/Database.h"
+#include "data/Database.h"
 
 #include <QSqlError>
 #include <QSqlQuery>
@@ -19,7 +19,10 @@
 #include <utility>
 #include <vector>
 
-namespace xv::host {
+namespace xv::demo {
+
+using data::Engine;
+using data::Transaction;
 
 using common::ErrorNumber;
 using common::RuntimeError;
@@ -1286,4 +1289,4 @@ int demoOrdersForRows(qint64 movimentiRows)
     return static_cast<int>(std::clamp(orders, 1.0, 1.0e9));
 }
 
-} // namespace xv::host
+} // namespace xv::demo

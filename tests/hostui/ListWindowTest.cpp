@@ -4,7 +4,8 @@
 
 #include "common/RuntimeError.h"
 #include "host/Host.h"
-#include "host/ListWindow.h"
+#include "hostui/ListWindow.h"
+#include "orders/OrderSearch.h"
 #include "host/Services.h"
 
 #include <QApplication>
@@ -24,10 +25,10 @@ namespace {
 
 using namespace xv;
 using common::Money;
-using host::ListAnswer;
-using host::ListDialog;
-using host::ListRequest;
-using host::Recordset;
+using hostui::ListAnswer;
+using hostui::ListDialog;
+using hostui::ListRequest;
+using data::Recordset;
 
 QVector<QVariant> rowOf(Recordset rows, int row)
 {
@@ -77,9 +78,9 @@ protected:
         host::resetServices();
         EngineTest::TearDown();
     }
-    host::Database& db() { return host::host().GetConnection(); }
+    data::Database& db() { return host::host().GetConnection(); }
 
-    host::ListWindow m_window;
+    hostui::ListWindow m_window;
 };
 
 TEST_P(ListWindowTest, SelectFromListKeepsTheChosenRowsInSelectionOrderAndACancelClearsThem)
@@ -130,20 +131,20 @@ TEST_P(ListWindowTest, SearchOrdersListsNewestFirstAndReturnsNumberThenYear)
         EXPECT_EQ(rowOf(rows, 3)[1].toString(), "2025");
         return ListAnswer{true, {findRow(rows, "Nominativo", "Rossi Maria")}, std::nullopt};
     });
-    const auto order = m_window.SearchOrders("");
+    const auto order = m_window.Search("Trova Commissioni", orders::orderSearchSql);
     ASSERT_TRUE(order);
-    ASSERT_EQ(order->size(), 9);
+    ASSERT_EQ(order->size(), 10);
     EXPECT_EQ(order->mid(0, 4), QStringList({"1", "2025", "10/02/2025", "Rossi Maria"}));
     EXPECT_EQ((*order)[8], Money::fromDouble(10.5).toCurrencyText());
 
     lists.expectCancel("Trova");
-    EXPECT_FALSE(m_window.SearchOrders("Trova Commissioni"));
+    EXPECT_FALSE(m_window.Search("Trova Commissioni", orders::orderSearchSql));
     EXPECT_TRUE(m_window.GetSelectedRows().isEmpty());
 }
 
 TEST_P(ListWindowTest, AShortenedOrderListStillFindsOlderOrdersByNameOrNumber)
 {
-    host::ListWindow window(2);
+    hostui::ListWindow window(2);
     test::ScriptedLists lists;
     lists.expectList("Trova", [](const ListRequest& request, const Recordset& rows) {
         EXPECT_EQ(rows.recordCount(), 2);
@@ -156,7 +157,7 @@ TEST_P(ListWindowTest, AShortenedOrderListStillFindsOlderOrdersByNameOrNumber)
         EXPECT_EQ(found.recordCount(), 2);
         return ListAnswer{true, {findRow(found, "Nominativo", "Rossi Maria")}, found};
     });
-    const auto order = window.SearchOrders("");
+    const auto order = window.Search("Trova Commissioni", orders::orderSearchSql);
     ASSERT_TRUE(order) << "no search for a shortened list";
     EXPECT_EQ(order->mid(0, 4), QStringList({"1", "2025", "10/02/2025", "Rossi Maria"}));
 }
@@ -184,11 +185,11 @@ TEST_P(ListWindowTest, ConfigurationKeysEditTheirSectionAndSaveOnlyWhenConfirmed
     h.SaveSetting("comm", "CheckQtaMED", "0", "docs");
     h.SaveSetting("co", "Altro", "1", "docs");
     test::ScriptedLists lists;
-    lists.expectSettings("Impostazioni", [](const host::SettingsRequest& request) {
+    lists.expectSettings("Impostazioni", [](const hostui::SettingsRequest& request) {
         EXPECT_EQ(request.store, "docs");
         EXPECT_EQ(request.section, "comm");
-        EXPECT_EQ(request.entries, (QVector<host::SettingEntry>{{"checkqtamed", "0"}, {"sql", "mov_co"}}));
-        return std::optional<QVector<host::SettingEntry>>(
+        EXPECT_EQ(request.entries, (QVector<hostui::SettingEntry>{{"checkqtamed", "0"}, {"sql", "mov_co"}}));
+        return std::optional<QVector<hostui::SettingEntry>>(
             {{"checkqtamed", "1"}, {"sql", "mov_co"}, {"StampaComande", "O'Hara"}, {" ", "ignored"}});
     });
     bool confirmed = false;
@@ -197,9 +198,9 @@ TEST_P(ListWindowTest, ConfigurationKeysEditTheirSectionAndSaveOnlyWhenConfirmed
     EXPECT_EQ(h.GetSetting("COMM", "CheckQtaMED", "x", "DOCS"), "1");
     EXPECT_EQ(h.GetSetting("comm", "StampaComande", "x", "docs"), "O'Hara");
 
-    lists.expectSettings("", [](const host::SettingsRequest& request) {
+    lists.expectSettings("", [](const hostui::SettingsRequest& request) {
         EXPECT_EQ(request.section, "co");
-        return std::optional<QVector<host::SettingEntry>>();
+        return std::optional<QVector<hostui::SettingEntry>>();
     });
     m_window.SelectFromList("config_CO", 0, "", confirmed);
     EXPECT_FALSE(confirmed);
@@ -295,7 +296,7 @@ TEST_F(ListDialogTest, ChooseOpensTheWindowModallyAndEscapeCancels)
             QTest::keyClicks(dialog->filterEdit(), "bianchi");
             QTest::keyClick(dialog->filterEdit(), confirm ? Qt::Key_Return : Qt::Key_Escape);
         });
-        const ListAnswer answer = host::ListWindows::choose(request(), sampleRows());
+        const ListAnswer answer = hostui::ListWindows::choose(request(), sampleRows());
         EXPECT_EQ(answer.confirmed, confirm);
         EXPECT_EQ(answer.rows, confirm ? QVector<int>{1} : QVector<int>{});
     }
@@ -367,7 +368,7 @@ TEST_F(ListDialogTest, AFilterPauseAsksTheDatabaseOnceAndAddsOnlyNewRows)
 
 TEST_F(ListDialogTest, SettingsKeepStoredKeysReadOnlyAndTakeNewOnes)
 {
-    host::SettingsDialog dialog({"Impostazioni", "docs", "comm", {{"sql", "mov_co"}}});
+    hostui::SettingsDialog dialog({"Impostazioni", "docs", "comm", {{"sql", "mov_co"}}});
     QTableWidget* table = dialog.table();
     EXPECT_FALSE(table->item(0, 0)->flags() & Qt::ItemIsEditable);
     table->item(0, 1)->setText("doc_righemov");
@@ -376,7 +377,7 @@ TEST_F(ListDialogTest, SettingsKeepStoredKeysReadOnlyAndTakeNewOnes)
     EXPECT_TRUE(table->item(1, 0)->flags() & Qt::ItemIsEditable);
     table->item(1, 0)->setText("Nuova");
     table->item(1, 1)->setText("1");
-    EXPECT_EQ(dialog.entries(), (QVector<host::SettingEntry>{{"sql", "doc_righemov"}, {"Nuova", "1"}}));
+    EXPECT_EQ(dialog.entries(), (QVector<hostui::SettingEntry>{{"sql", "doc_righemov"}, {"Nuova", "1"}}));
 }
 
 } // namespace

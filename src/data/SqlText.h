@@ -3,7 +3,7 @@
 
 #include <QString>
 
-namespace xv::host {
+namespace xv::data {
 
 // Every value spliced into an SQL text goes through here, so that a quote in a customer's name can
 // never end the literal early: callers write "... where codice='" + sqlEscape(code) + "'".
@@ -12,4 +12,4 @@ QString sqlEscape(const QString& value);
 // The value as a complete SQL text literal, quotes included.
 QString sqlQuoted(const QString& value);
 
-} // namespace xv::host
+} // namespace xv::data

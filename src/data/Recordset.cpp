@@ -3,14 +3,14 @@
 
 #include "common/Dates.h"
 #include "common/RuntimeError.h"
-#include "host/Database.h"
-#include "host/Schema.h"
-#include "host/TypeCodes.h"
+#include "data/Database.h"
+#include "data/Schema.h"
+#include "data/TypeCodes.h"
 
 #include <QSqlField>
 #include <QSqlRecord>
 
-namespace xv::host {
+namespace xv::data {
 
 using common::ErrorNumber;
 using common::Money;
@@ -361,4 +361,4 @@ void Recordset::update()
     cancelUpdate();
 }
 
-} // namespace xv::host
+} // namespace xv::data

@@ -10,7 +10,7 @@
 #include <QVariant>
 #include <QVector>
 
-namespace xv::host {
+namespace xv::data {
 
 class Database;
 
@@ -85,4 +85,4 @@ QString variantText(const QVariant& value);
 common::Money variantMoney(const QVariant& value);
 QDateTime variantDateTime(const QVariant& value);
 
-} // namespace xv::host
+} // namespace xv::data

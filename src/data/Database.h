@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "host/SqlDialect.h"
+#include "data/SqlDialect.h"
 
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QString>
 #include <QVariant>
 
-namespace xv::host {
+namespace xv::data {
 
 // Where the data live: the embedded SQLite file, or a shop's shared PostgreSQL server.
 struct ConnectionConfig
@@ -78,4 +78,4 @@ private:
     bool m_done = false;
 };
 
-} // namespace xv::host
+} // namespace xv::data

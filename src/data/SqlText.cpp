@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "SqlText.h"
 
-namespace xv::host {
+namespace xv::data {
 
 QString sqlEscape(const QString& value)
 {
@@ -15,4 +15,4 @@ QString sqlQuoted(const QString& value)
     return QLatin1Char('\'') + sqlEscape(value) + QLatin1Char('\'');
 }
 
-} // namespace xv::host
+} // namespace xv::data

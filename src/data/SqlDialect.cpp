@@ -19,7 +19,7 @@
 #include <string_view>
 #include <system_error>
 
-namespace xv::host {
+namespace xv::data {
 
 using common::ErrorNumber;
 using common::RuntimeError;
@@ -526,4 +526,4 @@ QStringList postgresFunctionDefinitions()
     return statements;
 }
 
-} // namespace xv::host
+} // namespace xv::data

@@ -6,7 +6,7 @@
 
 class QSqlDatabase;
 
-namespace xv::host {
+namespace xv::data {
 
 enum class Engine { SQLite, PostgreSQL };
 
@@ -26,4 +26,4 @@ void registerSqliteFunctions(const QSqlDatabase& db);
 // Safe to run again on an existing schema.
 QStringList postgresFunctionDefinitions();
 
-} // namespace xv::host
+} // namespace xv::data

@@ -3,9 +3,9 @@
 
 #include "common/Money.h"
 #include "common/RuntimeError.h"
-#include "host/Database.h"
-#include "host/Recordset.h"
-#include "host/Schema.h"
+#include "data/Database.h"
+#include "data/Recordset.h"
+#include "data/Schema.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +13,7 @@ namespace {
 
 using namespace xv;
 using common::Money;
-using host::Recordset;
+using data::Recordset;
 
 class RecordsetTest : public test::SchemaTest
 {
@@ -132,7 +132,7 @@ TEST_P(RecordsetTest, EditingARowOfATableUpdatesOnlyThatRow)
 TEST_P(RecordsetTest, ATransactionLeftWithoutCommitWritesNothing)
 {
     try {
-        host::Transaction transaction(db());
+        data::Transaction transaction(db());
         db().execute("insert into movimenti (numero, serie) values ('5', '2026')");
         db().execute("insert into movimenti (numero, serie, nessuna_colonna) values ('5', '2026', 1)");
         transaction.commit();
@@ -143,7 +143,7 @@ TEST_P(RecordsetTest, ATransactionLeftWithoutCommitWritesNothing)
     EXPECT_EQ(count("select count(*) from movimenti"), 0);
 
     {
-        host::Transaction transaction(db());
+        data::Transaction transaction(db());
         db().execute("insert into movimenti (numero, serie) values ('6', '2026')");
         transaction.commit();
     }

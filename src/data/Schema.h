@@ -4,7 +4,7 @@
 #include <QString>
 #include <QVector>
 
-namespace xv::host {
+namespace xv::data {
 
 class Database;
 
@@ -22,4 +22,4 @@ int migrate(Database& db);
 int schemaVersion(Database& db);
 int latestSchemaVersion();
 
-} // namespace xv::host
+} // namespace xv::data

@@ -2,9 +2,9 @@
 #include "Schema.h"
 
 #include "common/RuntimeError.h"
-#include "host/Database.h"
-#include "host/SqlText.h"
-#include "host/TypeCodes.h"
+#include "data/Database.h"
+#include "data/SqlText.h"
+#include "data/TypeCodes.h"
 
 #include <QLoggingCategory>
 #include <QSqlQuery>
@@ -13,7 +13,7 @@
 
 Q_LOGGING_CATEGORY(lcSchema, "xv.host.schema")
 
-namespace xv::host {
+namespace xv::data {
 
 using common::ErrorNumber;
 using common::RuntimeError;
@@ -347,4 +347,4 @@ int migrate(Database& db)
     return before;
 }
 
-} // namespace xv::host
+} // namespace xv::data

@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: MIT
+#include "HostWindows.h"
+
+#include "host/Dialogs.h"
+#include "host/Services.h"
+#include "hostui/ListWindow.h"
+
+#include <QAbstractButton>
+#include <QInputDialog>
+#include <QMessageBox>
+
+namespace xv::hostui {
+
+namespace {
+
+host::Answer showMessageBox(const host::MessageRequest& request)
+{
+    QMessageBox box(host::Dialogs::parent());
+    box.setWindowTitle(request.title);
+    box.setText(request.text);
+    switch (request.icon) {
+    case host::Icon::Critical:
+        box.setIcon(QMessageBox::Critical);
+        break;
+    case host::Icon::Question:
+        box.setIcon(QMessageBox::Question);
+        break;
+    case host::Icon::Exclamation:
+        box.setIcon(QMessageBox::Warning);
+        break;
+    case host::Icon::Information:
+        box.setIcon(QMessageBox::Information);
+        break;
+    case host::Icon::None:
+        break;
+    }
+    switch (request.buttons) {
+    case host::Buttons::Ok:
+        box.setStandardButtons(QMessageBox::Ok);
+        break;
+    case host::Buttons::OkCancel:
+        box.setStandardButtons(QMessageBox::Ok | QMessageBox::Cancel);
+        break;
+    case host::Buttons::YesNo:
+        box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
+        break;
+    case host::Buttons::YesNoCancel:
+        box.setStandardButtons(QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+        break;
+    }
+    const std::pair<QMessageBox::StandardButton, QString> captions[] = {
+        {QMessageBox::Yes, QStringLiteral("Sì")},
+        {QMessageBox::No, QStringLiteral("No")},
+        {QMessageBox::Cancel, QStringLiteral("Annulla")},
+    };
+    for (const auto& [which, caption] : captions) {
+        if (QAbstractButton* button = box.button(which))
+            button->setText(caption);
+    }
+    switch (box.exec()) {
+    case QMessageBox::Yes:
+        return host::Answer::Yes;
+    case QMessageBox::No:
+        return host::Answer::No;
+    case QMessageBox::Cancel:
+        return host::Answer::Cancel;
+    default:
+        return host::defaultAnswer(request.buttons);
+    }
+}
+
+
+std::optional<QString> showInputBox(const host::InputRequest& request)
+{
+    bool ok = false;
+    const QString answer = QInputDialog::getText(host::Dialogs::parent(), request.title, request.prompt,
+                                                 QLineEdit::Normal, request.proposed, &ok);
+    if (!ok)
+        return std::nullopt;
+    return answer;
+}
+
+} // namespace
+
+void installHostWindows()
+{
+    host::Dialogs::setMessageHandler(showMessageBox);
+    host::Dialogs::setInputHandler(showInputBox);
+    host::setListWindowFactory([]() -> std::unique_ptr<host::IListWindow> { return std::make_unique<ListWindow>(); });
+}
+
+} // namespace xv::hostui

@@ -1,0 +1,466 @@
+// SPDX-License-Identifier: MIT
+#include "ListWindow.h"
+
+#include "hostui/ListModel.h"
+#include "common/Dates.h"
+#include "common/RuntimeError.h"
+#include "data/Database.h"
+#include "host/Dialogs.h"
+#include "host/Services.h"
+#include "data/SqlText.h"
+#include "data/TypeCodes.h"
+
+#include <QAbstractTableModel>
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPrintDialog>
+#include <QPrinter>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QSet>
+#include <QSortFilterProxyModel>
+#include <QSqlQuery>
+#include <QTableView>
+#include <QTableWidget>
+#include <QTextDocument>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace xv::hostui {
+
+using host::host;
+using host::Dialogs;
+using data::sqlEscape;
+using data::variantMoney;
+using data::variantText;
+using host::Buttons;
+using host::Icon;
+using host::Answer;
+namespace TypeCode = data::TypeCode;
+
+using common::ErrorNumber;
+using common::RuntimeError;
+
+
+namespace {
+
+constexpr int kSearchPauseMs = 250;
+
+// Reports an error caught in a slot: nothing may leave the event loop by exception.
+void reportCaught(const QString& where, const QString& caption)
+{
+    try {
+        host().ReportError(where, caption, true);
+    } catch (...) {
+        qWarning("xVELARIO: errore non riportato in %s", qPrintable(where));
+    }
+}
+
+// Wide lists go across the page; the operator may still turn it in the print dialog.
+void orient(QPrinter& printer, int columns)
+{
+    constexpr int kPortraitColumns = 6;
+    printer.setPageOrientation(columns > kPortraitColumns ? QPageLayout::Landscape : QPageLayout::Portrait);
+}
+
+} // namespace
+
+ListDialog::ListDialog(ListRequest request, const Recordset& rows, QWidget* parent)
+    : QDialog(parent), m_request(std::move(request)), m_fields(fieldNames(rows)), m_given(rows),
+      m_original(rowValues(rows)), m_shown(rows)
+{
+    setWindowTitle(m_request.caption);
+
+    m_model = new ListModel(m_fields, columnKinds(rows, m_original), this);
+    m_proxy = new ListProxyModel(this);
+    m_proxy->setSourceModel(m_model);
+    m_proxy->setFilterKeyColumn(-1);
+    m_proxy->setFilterCaseSensitivity(Qt::CaseInsensitive);
+
+    auto* searchLabel = new QLabel(QStringLiteral("Cerca:"), this);
+    m_filter = new QLineEdit(this);
+    m_filter->setClearButtonEnabled(true);
+    searchLabel->setBuddy(m_filter);
+    m_counter = new QLabel(this);
+
+    m_view = new QTableView(this);
+    m_view->setModel(m_proxy);
+    m_view->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_view->setSelectionMode(m_request.multiSelect ? QAbstractItemView::ExtendedSelection
+                                                   : QAbstractItemView::SingleSelection);
+    m_view->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_view->setTabKeyNavigation(false);
+    m_view->setAlternatingRowColors(true);
+    m_view->setWordWrap(false);
+    m_view->verticalHeader()->hide();
+    m_view->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
+    m_view->horizontalHeader()->setStretchLastSection(true);
+    // Without this the view would sort by the first column at once and lose the order the SQL asked for.
+    m_view->horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder);
+    m_view->setSortingEnabled(true);
+
+    m_chooseButton = new QPushButton(QStringLiteral("Scegli"), this);
+    m_chooseButton->setDefault(true);
+    auto* cancelButton = new QPushButton(QStringLiteral("Annulla"), this);
+
+    auto* top = new QHBoxLayout;
+    top->addWidget(searchLabel);
+    top->addWidget(m_filter, 1);
+    top->addWidget(m_counter);
+    auto* buttons = new QHBoxLayout;
+    if (m_request.printable) {
+        auto* printButton = new QPushButton(QStringLiteral("Stampa..."), this);
+        auto* pdfButton = new QPushButton(QStringLiteral("Salva PDF..."), this);
+        printButton->setAutoDefault(false);
+        pdfButton->setAutoDefault(false);
+        buttons->addWidget(printButton);
+        buttons->addWidget(pdfButton);
+        connect(printButton, &QPushButton::clicked, this, [this] { printWithDialog(); });
+        connect(pdfButton, &QPushButton::clicked, this, [this] { saveWithDialog(); });
+    }
+    buttons->addStretch(1);
+    buttons->addWidget(m_chooseButton);
+    buttons->addWidget(cancelButton);
+    auto* layout = new QVBoxLayout(this);
+    layout->addLayout(top);
+    layout->addWidget(m_view, 1);
+    layout->addLayout(buttons);
+
+    m_searchTimer = new QTimer(this);
+    m_searchTimer->setSingleShot(true);
+    m_searchTimer->setInterval(kSearchPauseMs);
+
+    connect(m_filter, &QLineEdit::textChanged, this, [this](const QString& text) { filterChanged(text); });
+    connect(m_searchTimer, &QTimer::timeout, this, [this] { runSearch(); });
+    connect(m_view->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            [this](const QItemSelection& selected, const QItemSelection& deselected) {
+                followSelection(selected, deselected);
+            });
+    connect(m_view, &QTableView::doubleClicked, this, [this] { chooseNow(); });
+    connect(m_chooseButton, &QPushButton::clicked, this, [this] { chooseNow(); });
+    connect(cancelButton, &QPushButton::clicked, this, [this] { reject(); });
+    m_filter->installEventFilter(this);
+    m_view->installEventFilter(this);
+
+    setRows(m_original, false);
+    m_view->resizeColumnsToContents();
+    for (int column = 0; column < m_model->columnCount(); ++column) {
+        if (m_view->columnWidth(column) > kMaxColumnWidth)
+            m_view->setColumnWidth(column, kMaxColumnWidth);
+    }
+    resize(900, 500);
+    m_filter->setFocus();
+}
+
+ListDialog::~ListDialog() = default;
+
+void ListDialog::setRows(const QVector<QVector<QVariant>>& rows, bool extended)
+{
+    // A search replaces the rows under the operator's selection: it is carried over by the rows' values.
+    QStringList keptKeys;
+    for (int row : chosenRows())
+        keptKeys << rowKey(m_rows.value(row));
+    m_selectionOrder.clear();
+    m_rows = rows;
+    m_extended = extended;
+    m_shown = extended ? Recordset::fromRows(m_fields, rows) : m_given;
+    m_model->setRows(rows);
+    if (!keptKeys.isEmpty()) {
+        QHash<QString, int> byKey;
+        for (int row = 0; row < rows.size(); ++row)
+            byKey.insert(rowKey(rows[row]), row);
+        for (const QString& key : keptKeys) {
+            const QModelIndex index = m_proxy->mapFromSource(m_model->index(byKey.value(key, -1), 0));
+            if (index.isValid())
+                m_view->selectionModel()->setCurrentIndex(index, QItemSelectionModel::Select |
+                                                                     QItemSelectionModel::Rows);
+        }
+    }
+    keepARowHighlighted();
+    refreshState();
+}
+
+void ListDialog::filterChanged(const QString& text)
+{
+    const QVector<int> before = chosenRows();
+    m_proxy->setFilterFixedString(text.trimmed());
+    // The view hands a hidden row's highlight to its neighbour; the operator expects the first match.
+    const bool kept = std::any_of(before.cbegin(), before.cend(), [this](int row) {
+        return m_proxy->mapFromSource(m_model->index(row, 0)).isValid();
+    });
+    if (!kept)
+        m_view->selectionModel()->clearSelection();
+    keepARowHighlighted();
+    refreshState();
+    if (m_request.search)
+        m_searchTimer->start();
+}
+
+void ListDialog::runSearch()
+{
+    const QString text = m_filter->text().trimmed();
+    if (text.isEmpty()) {
+        if (m_extended)
+            setRows(m_original, false);
+        return;
+    }
+    try {
+        const Recordset found = m_request.search(text);
+        QVector<QVector<QVariant>> rows = m_original;
+        if (found.fieldCount() == m_fields.size()) {
+            QSet<QString> seen;
+            for (const auto& row : m_original)
+                seen.insert(rowKey(row));
+            for (auto& row : rowValues(found)) {
+                QString key = rowKey(row);
+                if (!seen.contains(key)) {
+                    seen.insert(std::move(key));
+                    rows.push_back(std::move(row));
+                }
+            }
+        }
+        const bool added = rows.size() > m_original.size();
+        if (added || m_extended)
+            setRows(rows, added);
+    } catch (...) {
+        reportCaught(QStringLiteral("ListDialog.Cerca"), m_request.caption);
+    }
+}
+
+int ListDialog::sourceRow(const QModelIndex& proxyIndex) const
+{
+    return proxyIndex.isValid() ? m_proxy->mapToSource(proxyIndex).row() : -1;
+}
+
+void ListDialog::followSelection(const QItemSelection& selected, const QItemSelection& deselected)
+{
+    for (const QModelIndex& index : deselected.indexes()) {
+        if (index.column() == 0)
+            m_selectionOrder.removeAll(sourceRow(index));
+    }
+    for (const QItemSelectionRange& range : selected) {
+        for (int row = range.top(); row <= range.bottom(); ++row) {
+            const int source = sourceRow(m_proxy->index(row, 0));
+            if (source < 0)
+                continue;
+            m_selectionOrder.removeAll(source);
+            m_selectionOrder.push_back(source);
+        }
+    }
+    refreshState();
+}
+
+void ListDialog::keepARowHighlighted()
+{
+    QItemSelectionModel* selection = m_view->selectionModel();
+    if (m_proxy->rowCount() == 0 || selection->hasSelection())
+        return;
+    const QModelIndex first = m_proxy->index(0, 0);
+    selection->setCurrentIndex(first, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    m_view->scrollTo(first);
+}
+
+QVector<int> ListDialog::chosenRows() const
+{
+    QVector<int> selected;
+    for (const QModelIndex& index : m_view->selectionModel()->selectedRows(0))
+        selected << index.row();
+    std::sort(selected.begin(), selected.end());
+    QSet<int> remaining;
+    for (int& row : selected) {
+        row = sourceRow(m_proxy->index(row, 0));
+        remaining.insert(row);
+    }
+    QVector<int> chosen;
+    for (int row : m_selectionOrder) {
+        if (remaining.remove(row))
+            chosen << row;
+    }
+    for (int row : selected) {
+        if (remaining.remove(row))
+            chosen << row;
+    }
+    return chosen;
+}
+
+void ListDialog::refreshState()
+{
+    m_counter->setText(counterText());
+    m_chooseButton->setEnabled(m_view->selectionModel()->hasSelection());
+}
+
+QString ListDialog::counterText() const
+{
+    const int count = visibleRowCount();
+    QString text = count == 1 ? QStringLiteral("1 riga") : QStringLiteral("%1 righe").arg(count);
+    if (!m_request.note.isEmpty() && m_filter->text().trimmed().isEmpty())
+        text += QLatin1Char(' ') + m_request.note;
+    return text;
+}
+
+int ListDialog::visibleRowCount() const
+{
+    return m_proxy->rowCount();
+}
+
+int ListDialog::rowAt(int visibleRow) const
+{
+    return sourceRow(m_proxy->index(visibleRow, 0));
+}
+
+QString ListDialog::cellText(int row, int column) const
+{
+    return m_model->text(row, column);
+}
+
+void ListDialog::chooseNow()
+{
+    if (chosenRows().isEmpty())
+        return;
+    accept();
+}
+
+ListAnswer ListDialog::answer() const
+{
+    ListAnswer answer;
+    if (result() != QDialog::Accepted)
+        return answer;
+    answer.rows = chosenRows();
+    answer.confirmed = !answer.rows.isEmpty();
+    if (m_extended)
+        answer.shown = m_shown;
+    return answer;
+}
+
+bool ListDialog::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() != QEvent::KeyPress)
+        return QDialog::eventFilter(watched, event);
+    auto* key = static_cast<QKeyEvent*>(event);
+    if (watched == m_filter) {
+        switch (key->key()) {
+        case Qt::Key_Down:
+        case Qt::Key_Up:
+        case Qt::Key_PageDown:
+        case Qt::Key_PageUp:
+            m_view->setFocus(Qt::OtherFocusReason);
+            QCoreApplication::sendEvent(m_view, key);
+            return true;
+        default:
+            return false;
+        }
+    }
+    if (watched == m_view) {
+        const bool plain = !(key->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier));
+        if (key->key() == Qt::Key_Up && plain && m_view->currentIndex().row() <= 0) {
+            m_filter->setFocus(Qt::OtherFocusReason);
+            return true;
+        }
+        // Typing while in the list goes on refining the filter instead of jumping between rows.
+        const QString text = key->text();
+        const bool typing = !text.isEmpty() && text.at(0).isPrint() && text != QLatin1String(" ");
+        if (plain && (typing || key->key() == Qt::Key_Backspace)) {
+            m_filter->setFocus(Qt::OtherFocusReason);
+            QCoreApplication::sendEvent(m_filter, key);
+            return true;
+        }
+    }
+    return QDialog::eventFilter(watched, event);
+}
+
+QString ListDialog::printableHtml() const
+{
+    const QString title =
+        m_request.caption.trimmed().isEmpty() ? QStringLiteral("Elenco") : m_request.caption;
+    QString subtitle = common::shortDate(QDate::currentDate()) + QStringLiteral(" - ") + counterText();
+    if (!m_filter->text().trimmed().isEmpty())
+        subtitle += QStringLiteral(" - Cerca: ") + m_filter->text().trimmed();
+    QString html =
+        QStringLiteral("<html><body><h3>%1</h3><p>%2</p>"
+                       "<table border=\"1\" cellspacing=\"0\" cellpadding=\"3\" width=\"100%\"><tr>")
+            .arg(title.toHtmlEscaped(), subtitle.toHtmlEscaped());
+    for (const QString& field : m_fields)
+        html += QStringLiteral("<th>%1</th>").arg(field.toHtmlEscaped());
+    html += QStringLiteral("</tr>");
+    for (int visible = 0; visible < visibleRowCount(); ++visible) {
+        const int row = rowAt(visible);
+        html += QStringLiteral("<tr>");
+        for (int column = 0; column < m_fields.size(); ++column) {
+            html += QStringLiteral("<td%1>%2</td>")
+                        .arg(m_model->rightAligned(column) ? QStringLiteral(" align=\"right\"") : QString(),
+                             m_model->text(row, column).toHtmlEscaped());
+        }
+        html += QStringLiteral("</tr>");
+    }
+    return html + QStringLiteral("</table></body></html>");
+}
+
+void ListDialog::printTo(QPrinter& printer) const
+{
+    QTextDocument document;
+    QFont font = this->font();
+    font.setPointSize(8);
+    document.setDefaultFont(font);
+    document.setHtml(printableHtml());
+    document.print(&printer);
+}
+
+bool ListDialog::savePdf(const QString& path) const
+{
+    // A file left from before must not pass for one written now.
+    if (QFileInfo::exists(path) && !QFile::remove(path))
+        return false;
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(path);
+    printer.setDocName(windowTitle());
+    orient(printer, static_cast<int>(m_fields.size()));
+    printTo(printer);
+    const QFileInfo written(path);
+    return written.exists() && written.size() > 0;
+}
+
+void ListDialog::printWithDialog()
+{
+    try {
+        QPrinter printer(QPrinter::HighResolution);
+        printer.setDocName(windowTitle());
+        orient(printer, static_cast<int>(m_fields.size()));
+        QPrintDialog dialog(&printer, this);
+        dialog.setWindowTitle(QStringLiteral("Stampa"));
+        if (dialog.exec() == QDialog::Accepted)
+            printTo(printer);
+    } catch (...) {
+        reportCaught(QStringLiteral("ListDialog.Stampa"), m_request.caption);
+    }
+}
+
+void ListDialog::saveWithDialog()
+{
+    QString name =
+        m_request.caption.trimmed().isEmpty() ? QStringLiteral("elenco") : m_request.caption.trimmed();
+    name.replace(QRegularExpression(QStringLiteral("[^\\w\\- ]")), QStringLiteral("_"));
+    QString path = QFileDialog::getSaveFileName(this, QStringLiteral("Salva PDF"),
+                                                QDir::home().filePath(name + QStringLiteral(".pdf")),
+                                                QStringLiteral("Documenti PDF (*.pdf)"));
+    if (path.isEmpty())
+        return;
+    if (!path.endsWith(QLatin1String(".pdf"), Qt::CaseInsensitive))
+        path += QStringLiteral(".pdf");
+    if (!savePdf(path))
+        Dialogs::message(
+            QStringLiteral("Impossibile scrivere il file %1").arg(QDir::toNativeSeparators(path)),
+            Buttons::Ok, Icon::Exclamation, windowTitle());
+}
+
+} // namespace xv::hostui

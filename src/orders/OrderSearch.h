@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+namespace xv::orders {
+
+// The orders the search window lists, newest first: number, year (series) and the values the shop
+// recognises an order by, then its document type, so that the chosen row names exactly one order.
+// A filter text matches the number exactly or a part of the customer's name.
+QString orderSearchSql(const QString& filterText, int limit);
+
+// Positions of the search window's columns in the chosen row.
+enum SearchColumn { Search_numero = 0, Search_serie = 1, Search_documento = 9 };
+
+} // namespace xv::orders
