@@ -4,7 +4,7 @@
 #include "common/Money.h"
 #include "form/FormAdapters.h"
 #include "orders/ModuleSettings.h"
-#include "orders/OrderLoad.h"
+#include "orders/OpenOrder.h"
 
 #include <QDateTime>
 #include <QMainWindow>
@@ -64,7 +64,7 @@ public:
     QString ModeTag1() const;
     QString ModeTag2() const;
     qint64 LineCount() const;
-    const QString& StatoCommissione() const { return m_statoCommissione; }
+    const QString& StatoCommissione() const { return m_order.statoRiga; }
 
     // --- finding and loading
     bool Flex_CaricaDocumento(const QString& number, const QString& year);
@@ -104,22 +104,7 @@ public:
     QRadioButton* opt_Amuleto(int index) const;
 
     // The order open on the form.
-    struct OrderValues
-    {
-        qint32 key = 0; // rowid of the first line: 0 for an order never saved
-        QString tipogestione;
-        QString tipomovimento;
-        QString documento;
-        QString serie;
-        QString numero;
-        QDateTime datadocumento;
-        QString rowidPagamento;
-        common::Money acconto;
-        common::Money totale;
-        qint32 idnumeratore = 0;
-        orders::Customer customer;
-    };
-    const OrderValues& order() const { return m_order; }
+    const orders::OpenOrder& order() const { return m_order; }
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -132,6 +117,7 @@ private:
     void restorePlacement();
     void savePlacement();
     void setBackground(QWidget* widget, host::Colour colour);
+    void showOpenOrder();
     void showCustomer();
     void pickCustomer();
     void grid_RightButtonDown(const QPoint& globalPos);
@@ -157,8 +143,7 @@ private:
     std::unique_ptr<MenuItemArray> m_tFazzoletti;
 
     orders::ModuleSettings m_settings;
-    OrderValues m_order;
-    QString m_statoCommissione = QStringLiteral("EMESSO");
+    orders::OpenOrder m_order;
     QString m_initFlag;
     QString m_linesQuery;
     int m_nextLinePosition = 2;

@@ -23,73 +23,43 @@ using data::Recordset;
 bool frm_Commissioni::Flex_CaricaDocumento(const QString& number, const QString& year)
 {
     try {
-        host::IHost& h = host::host();
-        // The year before is taken from today, not from the year asked for: kept on purpose.
-        const QString existence = orders::existenceSql(number, QDate::currentDate().year() - 1, year);
         ClearTextBoxes();
         Flex_Init();
-        m_order.acconto = common::Money();
-        m_order.totale = common::Money();
-
-        QString found = number;
-        const Recordset exists = h.OpenRecordset(existence);
-        if (!exists.eof()) {
-            found = exists.text(QStringLiteral("commissione"));
-            const Recordset deposit = h.OpenRecordset(orders::depositSql(found));
-            if (deposit.isNull(QStringLiteral("TotaleAcconto")))
-                throw common::RuntimeError(common::ErrorNumber::InvalidUseOfNull,
-                                           QStringLiteral("Uso non valido di Null: TotaleAcconto"));
-            m_order.acconto = deposit.money(QStringLiteral("TotaleAcconto"));
-            const Recordset total = h.OpenRecordset(orders::totalSql(found));
-            if (total.isNull(QStringLiteral("TotaleCommissione")))
-                throw common::RuntimeError(common::ErrorNumber::InvalidUseOfNull,
-                                           QStringLiteral("Uso non valido di Null: TotaleCommissione"));
-            m_order.totale = total.money(QStringLiteral("TotaleCommissione"));
-        }
-
-        m_linesQuery = orders::linesSql(found, year);
-        Recordset rows = h.OpenRecordset(m_linesQuery);
-        if (!rows.eof()) {
-            const orders::OrderHeader header = orders::readHeader(rows);
-            m_order.key = common::toInt32(common::numericValue(header.key));
-            m_order.tipogestione = header.tipogestione;
-            m_order.tipomovimento = header.tipomovimento;
-            m_order.datadocumento = header.datadocumento;
-            m_order.documento = header.documento;
-            m_order.serie = header.serie;
-            m_order.numero = found;
-            m_order.rowidPagamento = header.rowidPagamento;
-            m_statoCommissione = header.statoRiga;
-
-            m_ui->txt_numeroCommissione->setText(found);
-            m_ui->txt_dataReg->setText(common::shortDate(header.datadocumento.date()));
-            m_ui->txt_tipoEvento->setText(header.tipoEvento);
-            m_ui->txt_dataEvento->setText(header.dataEvento);
-            m_ui->txt_soggettiEvento->setText(header.soggettiEvento);
-            m_ui->txt_dataRitiro1->setText(header.datadal);
-            m_ui->txt_dataRitiro2->setText(header.dataal);
-            m_ui->txt_Acconto->setText(m_order.acconto.toCurrencyText());
-            m_ui->txt_Totale->setText(m_order.totale.toCurrencyText());
-            m_ui->txt_Riferimenti->setText(header.riferimenti);
-            setTag(m_ui->chk_Biglietti, header.biglietti);
-            setTag(lblInfo(6), header.amuleto);
-            m_ui->txt_confetti->setText(header.confetti);
-            m_ui->txt_mandorla->setText(header.mandorla);
-
-            m_order.customer = orders::readOrderCustomer(rows);
-            showCustomer();
-        }
-        QVector<int> types;
-        for (int c = 0; c < grid()->cols(); ++c)
-            types << common::toInt32(common::numericValue(grid()->textMatrix(1, c)));
-        for (; !rows.eof(); rows.moveNext())
-            grid()->addItem(orders::gridCells(rows, types));
+        m_order = orders::OpenOrder();
+        m_linesQuery = orders::linesSql(number, year);
+        m_order = orders::loadOrder(host::host(), number, year);
+        showOpenOrder();
         return true;
     } catch (...) {
         host::host().ReportError(QStringLiteral("Flex_CaricaDocumento"),
                                  QStringLiteral("Errore durante la lettura del documento!"), true);
         return false;
     }
+}
+
+// An order that was not found shows as the cleared form it leaves.
+void frm_Commissioni::showOpenOrder()
+{
+    const orders::OpenOrder& o = m_order;
+    if (!o.lines.isEmpty()) {
+        m_ui->txt_numeroCommissione->setText(o.numero);
+        m_ui->txt_dataReg->setText(common::shortDate(o.datadocumento.date()));
+        m_ui->txt_tipoEvento->setText(o.tipoEvento);
+        m_ui->txt_dataEvento->setText(o.dataEvento);
+        m_ui->txt_soggettiEvento->setText(o.soggettiEvento);
+        m_ui->txt_dataRitiro1->setText(o.datadal);
+        m_ui->txt_dataRitiro2->setText(o.dataal);
+        m_ui->txt_Acconto->setText(o.acconto.toCurrencyText());
+        m_ui->txt_Totale->setText(o.totale.toCurrencyText());
+        m_ui->txt_Riferimenti->setText(o.riferimenti);
+        setTag(m_ui->chk_Biglietti, o.biglietti);
+        setTag(lblInfo(6), o.amuleto);
+        m_ui->txt_confetti->setText(o.confetti);
+        m_ui->txt_mandorla->setText(o.mandorla);
+        showCustomer();
+    }
+    for (const QStringList& cells : o.lines)
+        grid()->addItem(cells);
 }
 
 void frm_Commissioni::showCustomer()
@@ -106,13 +76,8 @@ void frm_Commissioni::Documento_Trova()
     const auto chosen = host::listWindow().Search(QStringLiteral("Trova Commissioni"), orders::orderSearchSql);
     if (!chosen || chosen->size() < 2)
         return;
-    const QString number = chosen->at(0);
-    const QString year = chosen->at(1);
-    // The search hands back the series, a year: the order's date is the first day of it until loaded.
-    if (const auto date = common::parseShortDate(year))
-        m_order.datadocumento = date->startOfDay();
-    else
-        m_order.datadocumento = QDate(common::toInt32(common::numericValue(year)), 1, 1).startOfDay();
+    const QString number = chosen->at(orders::Search_numero);
+    const QString year = chosen->at(orders::Search_serie);
     if (!Flex_CaricaDocumento(number, year))
         host::Dialogs::message(QStringLiteral("Errori rilevati durante il caricamento della commissione!"),
                                host::Buttons::Ok, host::Icon::Exclamation, host::host().GetAppTitle());

@@ -72,7 +72,7 @@ void frm_Commissioni::StateOfButtons()
             frame->setEnabled(s.mainEnabled);
 
         setStatusPanel(7, s.linesPanel);
-        setStatusPanel(8, m_statoCommissione);
+        setStatusPanel(8, StatoCommissione());
     } catch (...) {
         host::host().ReportError(QStringLiteral("frm_Commissioni.StateOfButtons"), QString(), true);
     }
@@ -109,7 +109,7 @@ void frm_Commissioni::NuovoAnnulla(QAction* button)
                                static_cast<QWidget*>(m_ui->fra_Accessori), static_cast<QWidget*>(m_ui->fra_Confetti)})
             frame->setEnabled(mainEnabled);
         m_order.key = 0;
-        m_statoCommissione = QStringLiteral("EMESSO");
+        m_order.statoRiga = QStringLiteral("EMESSO");
     } catch (...) {
         host::host().ReportError(QStringLiteral("NuovoAnnulla"), QString(), true);
     }

@@ -129,32 +129,6 @@ QString Customer::addressTip() const
            provincia + QLatin1Char(')');
 }
 
-OrderHeader readHeader(const Recordset& rs)
-{
-    OrderHeader h;
-    h.key = requiredText(rs, QStringLiteral("rowid"));
-    h.tipogestione = requiredText(rs, QStringLiteral("Tipogestione"));
-    h.tipomovimento = requiredText(rs, QStringLiteral("Tipomovimento"));
-    if (rs.isNull(QStringLiteral("datadocumento")))
-        invalidUseOfNull(QStringLiteral("datadocumento"));
-    h.datadocumento = rs.dateTime(QStringLiteral("datadocumento"));
-    h.documento = requiredText(rs, QStringLiteral("documento"));
-    h.serie = requiredText(rs, QStringLiteral("serie"));
-    h.tipoEvento = requiredText(rs, QStringLiteral("attrib04"));
-    h.dataEvento = dateText(rs.value(QStringLiteral("attrib05")));
-    h.soggettiEvento = requiredText(rs, QStringLiteral("attrib06"));
-    h.datadal = dateText(rs.value(QStringLiteral("Datadal")));
-    h.dataal = dateText(rs.value(QStringLiteral("Dataal")));
-    h.rowidPagamento = requiredText(rs, QStringLiteral("Rowid_Pagamento"));
-    h.riferimenti = requiredText(rs, QStringLiteral("riferimenti"));
-    h.statoRiga = requiredText(rs, QStringLiteral("StatoRiga"));
-    h.biglietti = requiredText(rs, QStringLiteral("attrib00"));
-    h.amuleto = requiredText(rs, QStringLiteral("attrib01"));
-    h.confetti = requiredText(rs, QStringLiteral("attrib02"));
-    h.mandorla = requiredText(rs, QStringLiteral("attrib03"));
-    return h;
-}
-
 Customer readOrderCustomer(const Recordset& rs)
 {
     Customer c;

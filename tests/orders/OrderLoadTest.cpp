@@ -95,32 +95,6 @@ TEST_P(OrderLoadTest, LinesQueryTakesTheYearAndTheYearBefore)
               "select sum(m1.prezzo2) as totaleacconto from movimenti AS m1 where m1.numero='5'''");
 }
 
-TEST_P(OrderLoadTest, HeaderAndCustomerComeFromTheFirstRow)
-{
-    addLine("11", "2026", [](Recordset& t) {
-        t.setValue("attrib04", "Matrimonio");
-        t.setValue("attrib06", "Marco e Giulia");
-        t.setValue("Nominativo", "Rossi Maria");
-        t.setValue("telefono", "081 555 1234");
-        t.setValue("Cellulare", QVariant());
-        t.setValue("Email", QVariant());
-        t.setValue("attrib00", "1");
-    });
-    Recordset rs = m_host->OpenRecordset(orders::linesSql("11", "2026"));
-    const orders::OrderHeader h = orders::readHeader(rs);
-    EXPECT_EQ(h.tipoEvento, "Matrimonio");
-    EXPECT_EQ(h.soggettiEvento, "Marco e Giulia");
-    EXPECT_EQ(h.datadocumento.date(), QDate(2026, 3, 14));
-    EXPECT_EQ(h.datadal, "20/11/2026");
-    EXPECT_EQ(h.statoRiga, "EMESSO");
-    EXPECT_EQ(h.biglietti, "1");
-    const orders::Customer c = orders::readOrderCustomer(rs);
-    EXPECT_EQ(c.nominativo, "Rossi Maria");
-    EXPECT_EQ(c.telefono, "081 555 1234");
-    EXPECT_EQ(c.cellulare, "");
-    EXPECT_EQ(c.email, "");
-}
-
 TEST_P(OrderLoadTest, ProposedNumberIsTheCounterPlusOneOrNothingWithoutACounter)
 {
     data::Database& db = m_host->GetConnection();
