@@ -11,6 +11,7 @@
 #include <QMap>
 #include <QVector>
 
+#include <functional>
 #include <memory>
 
 class QCheckBox;
@@ -67,7 +68,10 @@ public:
     const QString& StatoCommissione() const { return m_order.statoRiga; }
 
     // --- finding and loading
+    // The order this year with the number, else last year's; an order that does not exist clears the form.
     bool Flex_CaricaDocumento(const QString& number, const QString& year);
+    // Exactly the order with this key, of any year.
+    bool Flex_CaricaDocumento(const orders::OrderKey& key);
     void Documento_Trova();
     void Documento_TrovaNumero();
     void SetTextBoxDocumento();
@@ -117,6 +121,7 @@ private:
     void restorePlacement();
     void savePlacement();
     void setBackground(QWidget* widget, host::Colour colour);
+    bool showLoadedOrder(const std::function<orders::OpenOrder()>& load);
     void showOpenOrder();
     void showCustomer();
     void pickCustomer();

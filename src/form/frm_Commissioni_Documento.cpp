@@ -22,12 +22,26 @@ using data::Recordset;
 
 bool frm_Commissioni::Flex_CaricaDocumento(const QString& number, const QString& year)
 {
+    return showLoadedOrder([&number, &year] {
+        return orders::loadOrder(host::host(), number, common::toInt32(common::numericValue(year)));
+    });
+}
+
+bool frm_Commissioni::Flex_CaricaDocumento(const orders::OrderKey& key)
+{
+    return showLoadedOrder([&key] { return orders::loadOrder(host::host(), key); });
+}
+
+bool frm_Commissioni::showLoadedOrder(const std::function<orders::OpenOrder()>& load)
+{
     try {
         ClearTextBoxes();
         Flex_Init();
         m_order = orders::OpenOrder();
-        m_linesQuery = orders::linesSql(number, year);
-        m_order = orders::loadOrder(host::host(), number, year);
+        m_linesQuery.clear();
+        m_order = load();
+        if (!m_order.lines.isEmpty())
+            m_linesQuery = orders::orderLinesSql(m_order.orderKey());
         showOpenOrder();
         return true;
     } catch (...) {
@@ -74,11 +88,12 @@ void frm_Commissioni::showCustomer()
 void frm_Commissioni::Documento_Trova()
 {
     const auto chosen = host::listWindow().Search(QStringLiteral("Trova Commissioni"), orders::orderSearchSql);
-    if (!chosen || chosen->size() < 2)
+    if (!chosen || chosen->size() <= orders::Search_documento)
         return;
-    const QString number = chosen->at(orders::Search_numero);
-    const QString year = chosen->at(orders::Search_serie);
-    if (!Flex_CaricaDocumento(number, year))
+    // The chosen row names exactly one order, of whatever year.
+    const orders::OrderKey key{chosen->at(orders::Search_documento), chosen->at(orders::Search_numero),
+                               chosen->at(orders::Search_serie)};
+    if (!Flex_CaricaDocumento(key))
         host::Dialogs::message(QStringLiteral("Errori rilevati durante il caricamento della commissione!"),
                                host::Buttons::Ok, host::Icon::Exclamation, host::host().GetAppTitle());
 }

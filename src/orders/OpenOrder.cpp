@@ -4,14 +4,23 @@
 #include "common/Conversions.h"
 #include "common/RuntimeError.h"
 #include "data/Recordset.h"
+#include "data/SqlText.h"
 #include "host/IHost.h"
 
 namespace xv::orders {
 
 using common::RuntimeError;
 using data::Recordset;
+using data::sqlEscape;
 
 namespace {
+
+// The one condition that picks the rows of an order and nothing else.
+QString keyCondition(const OrderKey& key)
+{
+    return QStringLiteral("documento='") + sqlEscape(key.documento) + QStringLiteral("' and numero='") +
+           sqlEscape(key.numero) + QStringLiteral("' and serie='") + sqlEscape(key.serie) + QLatin1Char('\'');
+}
 
 [[noreturn]] void invalidUseOfNull(const QString& field)
 {
@@ -70,28 +79,61 @@ QVector<int> movimentiTypes(host::IHost& host)
 
 } // namespace
 
-OpenOrder loadOrder(host::IHost& host, const QString& number, const QString& year)
+QString ordersByNumberSql(const QString& number, int year)
+{
+    return QStringLiteral("select commissione, serie, documento from mov_co where commissione='") +
+           sqlEscape(number) + QStringLiteral("' and val(serie) in (") + QString::number(year - 1) +
+           QLatin1Char(',') + QString::number(year) + QStringLiteral(") order by documento");
+}
+
+QString orderLinesSql(const OrderKey& key)
+{
+    return QStringLiteral("select * from movimenti where ") + keyCondition(key) +
+           QStringLiteral(" order by rowid");
+}
+
+QString orderSumsSql(const OrderKey& key)
+{
+    return QStringLiteral("select sum(prezzo2) as TotaleAcconto, sum(totale) as TotaleCommissione "
+                          "from movimenti where ") +
+           keyCondition(key);
+}
+
+std::optional<OrderKey> findOrderByNumber(host::IHost& host, const QString& number, int year)
+{
+    std::optional<OrderKey> lastYears;
+    for (Recordset rs = host.OpenRecordset(ordersByNumberSql(number, year)); !rs.eof(); rs.moveNext()) {
+        const OrderKey key{rs.text(QStringLiteral("documento")), rs.text(QStringLiteral("commissione")),
+                           rs.text(QStringLiteral("serie"))};
+        if (common::numericValue(key.serie) == year)
+            return key;
+        if (!lastYears)
+            lastYears = key;
+    }
+    return lastYears;
+}
+
+OpenOrder loadOrder(host::IHost& host, const OrderKey& key)
 {
     OpenOrder order;
-    // The year before is taken from today, not from the year asked for: kept on purpose.
-    QString found = number;
-    const Recordset exists = host.OpenRecordset(existenceSql(number, QDate::currentDate().year() - 1, year));
-    if (!exists.eof()) {
-        found = exists.text(QStringLiteral("commissione"));
-        order.acconto = requiredMoney(host.OpenRecordset(depositSql(found)), QStringLiteral("TotaleAcconto"));
-        order.totale =
-            requiredMoney(host.OpenRecordset(totalSql(found)), QStringLiteral("TotaleCommissione"));
-    }
-    Recordset rows = host.OpenRecordset(linesSql(found, year));
+    Recordset rows = host.OpenRecordset(orderLinesSql(key));
     if (rows.eof())
         return order;
+    const Recordset sums = host.OpenRecordset(orderSumsSql(key));
+    order.acconto = requiredMoney(sums, QStringLiteral("TotaleAcconto"));
+    order.totale = requiredMoney(sums, QStringLiteral("TotaleCommissione"));
     readHeader(rows, order);
-    order.numero = found;
     const QVector<int> types = movimentiTypes(host);
     order.lines.reserve(rows.recordCount());
     for (; !rows.eof(); rows.moveNext())
         order.lines << gridCells(rows, types);
     return order;
+}
+
+OpenOrder loadOrder(host::IHost& host, const QString& number, int year)
+{
+    const std::optional<OrderKey> key = findOrderByNumber(host, number, year);
+    return key ? loadOrder(host, *key) : OpenOrder();
 }
 
 } // namespace xv::orders

@@ -9,11 +9,23 @@
 #include <QStringList>
 #include <QVector>
 
+#include <optional>
+
 namespace xv::host {
 class IHost;
 }
 
 namespace xv::orders {
+
+// The rows that make one order. Numbers restart every year and other documents (the suppliers'
+// delivery notes) share them, so a number alone names several documents: reading, rewriting and
+// deleting an order go by all three values and touch no row of another order or document type.
+struct OrderKey
+{
+    QString documento;
+    QString numero;
+    QString serie;
+};
 
 // The order open on the form, as one value: what was loaded or proposed, and what a save writes back.
 struct OpenOrder
@@ -44,12 +56,26 @@ struct OpenOrder
     common::Money totale;
     // Its Rowid_Pagamento is the order's payment terms.
     Customer customer;
-    // The 61 grid cells of every line, as read.
+    // The 61 grid cells of every line, in the order of their row keys.
     QVector<QStringList> lines;
+
+    OrderKey orderKey() const { return {documento, numero, serie}; }
 };
 
-// The order with this number in the year, loaded whole; an empty order (no lines, key 0) when there is
-// none. Throws on a value that cannot be read.
-OpenOrder loadOrder(host::IHost& host, const QString& number, const QString& year);
+// The orders, of an order document type, with this number in the year or the year before.
+QString ordersByNumberSql(const QString& number, int year);
+// The rows of one order, by their row keys, so that both engines give the lines in the same order.
+QString orderLinesSql(const OrderKey& key);
+// The deposit (TotaleAcconto) and the total (TotaleCommissione) of one order, from its own rows.
+QString orderSumsSql(const OrderKey& key);
+
+// The order a typed number opens: this year's with that number, else last year's.
+std::optional<OrderKey> findOrderByNumber(host::IHost& host, const QString& number, int year);
+
+// The whole order with this key; an empty order (no lines, key 0) when it has no rows. Throws on a
+// value that cannot be read.
+OpenOrder loadOrder(host::IHost& host, const OrderKey& key);
+// The order a typed number opens in this year (see findOrderByNumber); empty when there is none.
+OpenOrder loadOrder(host::IHost& host, const QString& number, int year);
 
 } // namespace xv::orders

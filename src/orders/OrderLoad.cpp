@@ -15,34 +15,6 @@ namespace xv::orders {
 
 using common::RuntimeError;
 using data::Recordset;
-using data::sqlEscape;
-
-QString existenceSql(const QString& number, int lastYear, const QString& year)
-{
-    return QStringLiteral("select commissione from mov_co where commissione='") + sqlEscape(number) +
-           QStringLiteral("' and year([Data Commissione]) IN ( ") + QString::number(lastYear) + QStringLiteral(" , ") +
-           sqlEscape(year) + QStringLiteral(" )");
-}
-
-QString linesSql(const QString& number, const QString& year)
-{
-    const double previous = common::numericValue(year) - 1;
-    return QStringLiteral("select * from movimenti where numero='") + sqlEscape(number) +
-           QStringLiteral("' and val(serie) in (") + QString::number(previous, 'g', 15) + QLatin1Char(',') +
-           sqlEscape(year) + QLatin1Char(')');
-}
-
-QString depositSql(const QString& number)
-{
-    return QStringLiteral("select sum(m1.prezzo2) as totaleacconto from movimenti AS m1 where m1.numero='") +
-           sqlEscape(number) + QLatin1Char('\'');
-}
-
-QString totalSql(const QString& number)
-{
-    return QStringLiteral("select sum(m1.totale) as TotaleCommissione from movimenti AS m1 where m1.numero='") +
-           sqlEscape(number) + QLatin1Char('\'');
-}
 
 QString customerSql(qint32 key)
 {

@@ -19,11 +19,7 @@ class Recordset;
 
 namespace xv::orders {
 
-// The texts that find and read one order. Numbers are looked up as text, quotes doubled.
-QString existenceSql(const QString& number, int lastYear, const QString& year);
-QString linesSql(const QString& number, const QString& year);
-QString depositSql(const QString& number);
-QString totalSql(const QString& number);
+// The customer with this key in controparti.
 QString customerSql(qint32 key);
 
 // The customer fields of an order or of a new order.

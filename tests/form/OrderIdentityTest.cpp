@@ -101,6 +101,83 @@ TEST_P(OrderIdentityTest, AnOrderThatCannotBeReadIsReportedAndLeavesNothingOfThe
     EXPECT_EQ(form.order().customer.nominativo, "");
 }
 
+TEST_P(OrderIdentityTest, ATypedNumberOpensThisYearsOrderWithoutLastYearsOrADeliveryNote)
+{
+    const int first = test::addOrderLine(db(), "12", QDate(m_year, 2, 10), [](Recordset& t) {
+        t.setValue("Nominativo", "D'Angelo Carla");
+        t.setValue("codice_med", "BOM001");
+        t.setMoney("prezzo2", Money::fromInteger(50));
+        t.setMoney("totale", Money::fromInteger(120));
+    });
+    test::addOrderLine(db(), "12", QDate(m_year, 2, 10), [](Recordset& t) {
+        t.setValue("Nominativo", "D'Angelo Carla");
+        t.setValue("codice_med", "CNF002");
+        t.setMoney("totale", Money::fromInteger(30));
+    });
+    test::addOrderLine(db(), "12", QDate(m_year - 1, 9, 1), [](Recordset& t) {
+        t.setValue("Nominativo", "Esposito Gennaro");
+        t.setValue("codice_med", "AST009");
+        t.setMoney("prezzo2", Money::fromInteger(999));
+        t.setMoney("totale", Money::fromInteger(999));
+    });
+    test::addOrderLine(db(), "12", QDate(m_year, 1, 5), [](Recordset& t) {
+        t.setValue("documento", "DDTF");
+        t.setValue("Tipomovimento", "CF");
+        t.setValue("Nominativo", "Confetteria Sulmonese Srl");
+        t.setValue("codice_med", "CNF099");
+        t.setMoney("prezzo2", Money::fromInteger(3));
+        t.setMoney("totale", Money::fromInteger(777));
+    });
+    // The first line, changed since, still comes first.
+    db().executeBound("update movimenti set codice_med='BOM009' where rowid=?", {first});
+
+    test::ScriptedDialogs noBoxes;
+    frm_Commissioni& form = openForm();
+    typeNumberAndEnter("12");
+    EXPECT_EQ(text("txt_ragsoc"), "D'Angelo Carla");
+    ASSERT_EQ(form.LineCount(), 2);
+    EXPECT_EQ(grid()->textMatrix(2, lines::Col_codice_med), "BOM009");
+    EXPECT_EQ(grid()->textMatrix(3, lines::Col_codice_med), "CNF002");
+    EXPECT_EQ(text("txt_Acconto"), Money::fromInteger(50).toCurrencyText());
+    EXPECT_EQ(form.order().totale, Money::fromInteger(150));
+    EXPECT_EQ(form.order().key, first);
+    EXPECT_EQ(form.order().documento, "COMM");
+    EXPECT_EQ(form.order().serie, QString::number(m_year));
+}
+
+TEST_P(OrderIdentityTest, TheSearchWindowOpensExactlyTheChosenOrder)
+{
+    for (int back : {0, 1})
+        test::addOrderLine(db(), "14", QDate(m_year - back, 3, 3));
+    test::addOrderLine(db(), "14", QDate(m_year - 2, 5, 5),
+                       [](Recordset& t) { t.setValue("Nominativo", "Greco Lucia"); });
+    test::addOrderLine(db(), "14", QDate(m_year - 2, 5, 6), [](Recordset& t) {
+        t.setValue("documento", "DDTF");
+        t.setValue("Tipomovimento", "CF");
+        t.setValue("codice_med", "CNF099");
+    });
+    test::ScriptedDialogs noBoxes;
+    test::ScriptedLists lists;
+    const QString twoYearsAgo = QString::number(m_year - 2);
+    lists.expectList("Trova Commissioni", [&twoYearsAgo](const hostui::ListRequest&, const Recordset& rows) {
+        hostui::ListAnswer answer;
+        answer.confirmed = true;
+        Recordset r = rows;
+        for (int i = 0; !r.eof(); r.moveNext(), ++i) {
+            if (r.text("numero") == "14" && r.text("serie") == twoYearsAgo)
+                answer.rows = {i};
+        }
+        return answer;
+    });
+    frm_Commissioni& form = openForm();
+    form.tbComandiDocumento_ButtonClick(documentButton(5));
+    EXPECT_EQ(text("txt_ragsoc"), "Greco Lucia");
+    ASSERT_EQ(form.LineCount(), 1);
+    EXPECT_EQ(grid()->textMatrix(2, lines::Col_documento), "COMM");
+    EXPECT_EQ(form.order().serie, twoYearsAgo);
+    EXPECT_EQ(form.order().numero, "14");
+}
+
 XV_INSTANTIATE_FOR_ENGINES(OrderIdentityTest);
 
 } // namespace

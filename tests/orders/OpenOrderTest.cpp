@@ -25,6 +25,10 @@ protected:
             return;
         // Orders are the documents of a type that has an order counter.
         test::addCounter(m_host->GetConnection(), QDate::currentDate().year(), 0);
+        m_host->GetConnection().executeBound(
+            "insert into numeratori (codtipodoc, tipodocumento, serie, numero) "
+            "values ('CF', 'DDTF', ?, 0)",
+            {QString::number(QDate::currentDate().year())});
     }
     int addLine(const QString& numero, const QDate& date, const std::function<void(Recordset&)>& adjust = {})
     {
@@ -32,7 +36,19 @@ protected:
     }
     orders::OpenOrder loadByNumber(const QString& number, int year)
     {
-        return orders::loadOrder(*m_host, number, QString::number(year));
+        return orders::loadOrder(*m_host, number, year);
+    }
+    // A supplier's delivery note: another document type, with a counter of its own, sharing the numbers.
+    int addDeliveryLine(const QString& numero, const QDate& date,
+                        const std::function<void(Recordset&)>& adjust = {})
+    {
+        return addLine(numero, date, [&adjust](Recordset& t) {
+            t.setValue("documento", "DDTF");
+            t.setValue("Tipomovimento", "CF");
+            t.setValue("Nominativo", "Confetteria Sulmonese Srl");
+            if (adjust)
+                adjust(t);
+        });
     }
 };
 
@@ -106,6 +122,110 @@ TEST_P(OpenOrderTest, ANullWhereAValueMustBeStopsTheLoad)
 {
     addLine("11", QDate::currentDate(), [](Recordset& t) { t.setValue("attrib04", QVariant()); });
     EXPECT_THROW(loadByNumber("11", QDate::currentDate().year()), common::RuntimeError);
+}
+
+TEST_P(OpenOrderTest, ATypedNumberOpensThisYearsOrderElseLastYearsAndNoOtherRows)
+{
+    struct Row
+    {
+        int yearsBack;
+        const char* documento;
+    };
+    struct Case
+    {
+        const char* what;
+        std::vector<Row> rows;
+        int opensYearsBack; // -1: nothing opens
+    };
+    const Case cases[] = {
+        {"this year and last year", {{0, "COMM"}, {1, "COMM"}, {0, "COMM"}}, 0},
+        {"only last year and two years ago", {{2, "COMM"}, {1, "COMM"}}, 1},
+        {"only two years ago", {{2, "COMM"}}, -1},
+        {"a delivery note with the number", {{0, "DDTF"}, {0, "COMM"}, {0, "DDTF"}, {1, "DDTF"}}, 0},
+        {"only delivery notes", {{0, "DDTF"}, {1, "DDTF"}}, -1},
+    };
+    const int year = QDate::currentDate().year();
+    int number = 0;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        const QString numero = QString::number(++number);
+        int expectedLines = 0;
+        for (const Row& row : c.rows) {
+            const bool opened = row.yearsBack == c.opensYearsBack && QLatin1String(row.documento) == "COMM";
+            expectedLines += opened ? 1 : 0;
+            auto fill = [opened](Recordset& t) {
+                t.setValue("Nominativo", opened ? "Rossi Maria" : "Altro documento");
+                t.setMoney("prezzo2", Money::fromInteger(opened ? 10 : 1000));
+                t.setMoney("totale", Money::fromInteger(opened ? 100 : 5000));
+            };
+            const QDate date(year - row.yearsBack, 5, 5);
+            if (QLatin1String(row.documento) == "COMM")
+                addLine(numero, date, fill);
+            else
+                addDeliveryLine(numero, date, fill);
+        }
+        const orders::OpenOrder o = loadByNumber(numero, year);
+        ASSERT_EQ(o.lines.size(), expectedLines);
+        if (c.opensYearsBack < 0) {
+            EXPECT_EQ(o.key, 0);
+            EXPECT_TRUE(o.documento.isEmpty());
+            continue;
+        }
+        EXPECT_EQ(o.documento, "COMM");
+        EXPECT_EQ(o.numero, numero);
+        EXPECT_EQ(o.serie, QString::number(year - c.opensYearsBack));
+        EXPECT_EQ(o.customer.nominativo, "Rossi Maria");
+        EXPECT_EQ(o.acconto, Money::fromInteger(10 * expectedLines));
+        EXPECT_EQ(o.totale, Money::fromInteger(100 * expectedLines));
+        for (const QStringList& cells : o.lines) {
+            EXPECT_EQ(cells[lines::Col_documento], "COMM");
+            EXPECT_EQ(cells[lines::Col_serie], o.serie);
+        }
+    }
+}
+
+TEST_P(OpenOrderTest, AKeyOpensExactlyThatOrderOfAnyYear)
+{
+    const int year = QDate::currentDate().year();
+    addLine("14", QDate(year, 1, 10));
+    const int old =
+        addLine("14", QDate(year - 2, 1, 10), [](Recordset& t) { t.setValue("Nominativo", "Greco Lucia"); });
+    addDeliveryLine("14", QDate(year - 2, 1, 11));
+    const orders::OpenOrder o =
+        orders::loadOrder(*m_host, orders::OrderKey{"COMM", "14", QString::number(year - 2)});
+    EXPECT_EQ(o.key, old);
+    EXPECT_EQ(o.lines.size(), 1);
+    EXPECT_EQ(o.customer.nominativo, "Greco Lucia");
+    EXPECT_TRUE(orders::loadOrder(*m_host, orders::OrderKey{"COMM", "14", QString::number(year - 1)})
+                    .lines.isEmpty());
+}
+
+TEST_P(OpenOrderTest, LinesComeInTheOrderOfTheirRowKeys)
+{
+    const QDate today = QDate::currentDate();
+    QVector<int> keys;
+    for (const char* code : {"BOM001", "AST002", "CNF003"})
+        keys << addLine("15", today, [code](Recordset& t) { t.setValue("codice_med", code); });
+    // A row whose indexed values change moves to the end of PostgreSQL's table and of its indexes; only
+    // an explicit order keeps it first.
+    m_host->GetConnection().executeBound("update movimenti set codice_med='BOM009' where rowid=?", {keys[0]});
+    const orders::OpenOrder o = loadByNumber("15", today.year());
+    ASSERT_EQ(o.lines.size(), 3);
+    EXPECT_EQ(o.key, keys[0]);
+    EXPECT_EQ(o.lines[0][lines::Col_codice_med], "BOM009");
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(o.lines[i][lines::Col_rowid], QString::number(keys[i]));
+}
+
+TEST(OpenOrderSql, EveryValueOfTheKeyIsQuotedAndTheLinesAreOrderedByKey)
+{
+    const orders::OrderKey key{"CO'MM", "5'", "20'26"};
+    EXPECT_EQ(orders::orderLinesSql(key), "select * from movimenti where documento='CO''MM' and numero='5''' "
+                                          "and serie='20''26' order by rowid");
+    EXPECT_TRUE(
+        orders::orderSumsSql(key).endsWith("where documento='CO''MM' and numero='5''' and serie='20''26'"));
+    EXPECT_TRUE(
+        orders::ordersByNumberSql("5'", 2026).contains("commissione='5''' and val(serie) in (2025,2026)"));
 }
 
 XV_INSTANTIATE_FOR_ENGINES(OpenOrderTest);
