@@ -21,7 +21,7 @@ using common::RuntimeError;
 
 Generator::Generator(Database& db, const DemoOptions& options)
     : m_db(db), m_options(options), m_dice(options.seed), m_postgres(db.engine() == Engine::PostgreSQL),
-      m_firstDay(options.today.year() - 1, 1, 1)
+      m_firstDay(options.today.year() - kYears + 1, 1, 1)
 {
 }
 

@@ -102,8 +102,9 @@ private:
     std::vector<Article> m_articles;
     std::vector<int> m_articleSupplier;
     std::array<std::vector<int>, std::size(kFamilies)> m_byFamily;
-    std::array<Counter, 2> m_orderCounters;
-    std::array<Counter, 2> m_deliveryCounters;
+    // By year, from the first.
+    std::array<Counter, kYears> m_orderCounters;
+    std::array<Counter, kYears> m_deliveryCounters;
     DemoSummary m_summary;
 };
 

@@ -122,7 +122,9 @@ void Generator::writeDeliveries()
         const std::vector<int> articles = supplierArticles(delivery.supplier);
         row[Tipogestione] = QStringLiteral("0");
         row[Tipomovimento] = QStringLiteral("CF");
-        row[Numero] = QStringLiteral("F%1").arg(number);
+        // Delivery notes are numbered from 1 every year as orders are: the same number names an order
+        // and a delivery note, which only the document type tells apart.
+        row[Numero] = QString::number(number);
         row[Documento] = QStringLiteral("DDTF");
         row[Serie] = QString::number(year);
         row[DataDocumento] = stamp(delivery.date);
@@ -137,7 +139,7 @@ void Generator::writeDeliveries()
             insert.run(row.data());
             ++m_summary.movimentiRows;
         }
-        m_deliveryCounters[year == m_options.today.year() ? 1 : 0] = {number, delivery.date};
+        m_deliveryCounters[static_cast<std::size_t>(year - m_firstDay.year())] = {number, delivery.date};
     }
 }
 
@@ -244,7 +246,7 @@ void Generator::writeOrders()
             insert.run(row.data());
             ++m_summary.movimentiRows;
         }
-        m_orderCounters[year == m_options.today.year() ? 1 : 0] = {number, date};
+        m_orderCounters[static_cast<std::size_t>(year - m_firstDay.year())] = {number, date};
         ++m_summary.orders;
         const int percent = static_cast<int>(qint64(i + 1) * 100 / total);
         if (m_options.progress && percent != reportedPercent) {
@@ -305,7 +307,7 @@ void Generator::writeCounters()
     BoundInsert insert(m_db, QStringLiteral("numeratori"),
                        {QStringLiteral("codtipodoc"), QStringLiteral("tipodocumento"),
                         QStringLiteral("serie"), QStringLiteral("numero"), QStringLiteral("dataultdoc")});
-    for (int y = 0; y < 2; ++y) {
+    for (int y = 0; y < kYears; ++y) {
         const QString serie = QString::number(m_firstDay.year() + y);
         const Counter& order = m_orderCounters[y];
         insert.run(QVariantList{QStringLiteral("CO"), QStringLiteral("COMM"), serie, order.number,

@@ -318,5 +318,8 @@ inline const Operator kOperators[] = {
 inline constexpr std::array<int, 6> kLineWeights = {10, 15, 25, 25, 15, 10};
 inline constexpr double kAverageLines = 3.5;
 inline constexpr int kDeliveriesPerSupplier = 10;
+// The years the documents cover: two years back from the first of January, last year, this year up to
+// today. Numbers restart every year, so every number but the highest is found in more than one year.
+inline constexpr int kYears = 3;
 
 } // namespace xv::demo
