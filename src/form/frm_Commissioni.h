@@ -123,6 +123,8 @@ private:
     void setBackground(QWidget* widget, host::Colour colour);
     bool showLoadedOrder(const std::function<orders::OpenOrder()>& load);
     void showOpenOrder();
+    void showAccessories();
+    void setCardFields(bool ticked, int format);
     void showCustomer();
     void pickCustomer();
     void grid_RightButtonDown(const QPoint& globalPos);

@@ -20,6 +20,10 @@ namespace xv::form {
 
 using data::Recordset;
 
+namespace {
+constexpr host::Colour kWhite = 0xFFFFFF;
+}
+
 bool frm_Commissioni::Flex_CaricaDocumento(const QString& number, const QString& year)
 {
     return showLoadedOrder([&number, &year] {
@@ -37,8 +41,10 @@ bool frm_Commissioni::showLoadedOrder(const std::function<orders::OpenOrder()>& 
     try {
         ClearTextBoxes();
         Flex_Init();
+        // A load that fails leaves the form and the open order empty alike.
         m_order = orders::OpenOrder();
         m_linesQuery.clear();
+        showAccessories();
         m_order = load();
         if (!m_order.lines.isEmpty())
             m_linesQuery = orders::orderLinesSql(m_order.orderKey());
@@ -66,14 +72,44 @@ void frm_Commissioni::showOpenOrder()
         m_ui->txt_Acconto->setText(o.acconto.toCurrencyText());
         m_ui->txt_Totale->setText(o.totale.toCurrencyText());
         m_ui->txt_Riferimenti->setText(o.riferimenti);
-        setTag(m_ui->chk_Biglietti, o.biglietti);
-        setTag(lblInfo(6), o.amuleto);
-        m_ui->txt_confetti->setText(o.confetti);
-        m_ui->txt_mandorla->setText(o.mandorla);
         showCustomer();
     }
+    showAccessories();
     for (const QStringList& cells : o.lines)
         grid()->addItem(cells);
+}
+
+// The check boxes and options say what the order's accessory columns hold, the Tags keep the indexes
+// and the fields the quantities, so what is on screen is what a save writes back; an order without
+// accessories, or no order at all, leaves nothing of the one before.
+void frm_Commissioni::showAccessories()
+{
+    const int format = orders::cardFormat(m_order.biglietti);
+    m_ui->chk_Biglietti->setChecked(format >= 0);
+    setCardFields(format >= 0, format);
+    if (format < 0) {
+        setTag(m_ui->chk_Biglietti, QString());
+        m_order.biglietti.clear();
+    }
+
+    const int amulet = orders::amuletOption(m_order.amuleto);
+    setOptionGroup(m_optAmuleto, amulet, true);
+    if (amulet >= 0) {
+        opt_Amuleto_Click(amulet);
+    } else {
+        setTag(lblInfo(6), QString());
+        m_order.amuleto.clear();
+    }
+
+    const QString quantities[] = {m_order.confetti, m_order.mandorla, QString()};
+    QLineEdit* const fields[] = {m_ui->txt_confetti, m_ui->txt_mandorla, m_ui->txt_cioccolato};
+    for (int i = 0; i < 3; ++i) {
+        const bool ticked = !quantities[i].isEmpty();
+        chk_Confetti(i)->setChecked(ticked);
+        fields[i]->setText(quantities[i]);
+        fields[i]->setEnabled(ticked);
+        setBackground(fields[i], ticked ? kWhite : host::host().GetLockedColor());
+    }
 }
 
 void frm_Commissioni::showCustomer()

@@ -77,6 +77,15 @@ QVector<int> movimentiTypes(host::IHost& host)
     return types;
 }
 
+int indexIn(const QString& text, int count)
+{
+    for (int i = 0; i < count; ++i) {
+        if (text == QString::number(i))
+            return i;
+    }
+    return -1;
+}
+
 } // namespace
 
 QString ordersByNumberSql(const QString& number, int year)
@@ -134,6 +143,16 @@ OpenOrder loadOrder(host::IHost& host, const QString& number, int year)
 {
     const std::optional<OrderKey> key = findOrderByNumber(host, number, year);
     return key ? loadOrder(host, *key) : OpenOrder();
+}
+
+int cardFormat(const QString& biglietti)
+{
+    return indexIn(biglietti, 3);
+}
+
+int amuletOption(const QString& amuleto)
+{
+    return indexIn(amuleto, 2);
 }
 
 } // namespace xv::orders

@@ -78,4 +78,10 @@ OpenOrder loadOrder(host::IHost& host, const OrderKey& key);
 // The order a typed number opens in this year (see findOrderByNumber); empty when there is none.
 OpenOrder loadOrder(host::IHost& host, const QString& number, int year);
 
+// How the accessory columns read on screen: the card format attrib00 names (0 small, 1 large, 2 other),
+// or -1 when the order wants no cards; the amulet option attrib01 names (0 with, 1 without), or -1 when
+// none has been chosen. Anything but the plain decimal index names none.
+int cardFormat(const QString& biglietti);
+int amuletOption(const QString& amuleto);
+
 } // namespace xv::orders

@@ -231,3 +231,24 @@ TEST(OpenOrderSql, EveryValueOfTheKeyIsQuotedAndTheLinesAreOrderedByKey)
 XV_INSTANTIATE_FOR_ENGINES(OpenOrderTest);
 
 } // namespace
+
+namespace {
+
+TEST(AccessoryReadingTest, OnlyAPlainIndexNamesAFormatOrAnAmuletOption)
+{
+    const struct
+    {
+        const char* stored;
+        int format;
+        int amulet;
+    } cases[] = {
+        {"", -1, -1},   {"0", 0, 0},     {"1", 1, 1},    {"2", 2, -1},   {"3", -1, -1},
+        {"01", -1, -1}, {"1.0", -1, -1}, {" 1", -1, -1}, {"-1", -1, -1}, {"x", -1, -1},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(xv::orders::cardFormat(QString::fromLatin1(c.stored)), c.format) << c.stored;
+        EXPECT_EQ(xv::orders::amuletOption(QString::fromLatin1(c.stored)), c.amulet) << c.stored;
+    }
+}
+
+} // namespace
