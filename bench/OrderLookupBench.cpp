@@ -6,11 +6,10 @@
 #include "demo/DemoData.h"
 #include "data/Recordset.h"
 #include "data/Schema.h"
-#include "data/SqlText.h"
+#include "orders/OpenOrder.h"
 
 #include <benchmark/benchmark.h>
 
-#include <QDate>
 #include <QTemporaryDir>
 
 #include <memory>
@@ -60,28 +59,16 @@ Shop& shop()
 void findAndReadOrder(benchmark::State& state)
 {
     Shop& s = shop();
-    const QString number = sqlEscape(s.number);
-    const QString year = QString::number(s.year);
-    const QString lastYear = QString::number(QDate::currentDate().year() - 1);
     int lines = 0;
     for (auto _ : state) {
-        Recordset exists = Recordset::open(
-            *s.db, QStringLiteral("select commissione from mov_co where commissione='%1' and year([Data "
-                                  "Commissione]) IN ( %2 , %3 )")
-                       .arg(number, lastYear, year));
-        Recordset deposit = Recordset::open(
-            *s.db, QStringLiteral("select sum(m1.prezzo2) as totaleacconto from movimenti AS m1 where m1.numero='%1'")
-                       .arg(number));
-        Recordset total = Recordset::open(
-            *s.db,
-            QStringLiteral("select sum(m1.totale) as TotaleCommissione from movimenti AS m1 where m1.numero='%1'")
-                .arg(number));
-        Recordset rows = Recordset::open(
-            *s.db, QStringLiteral("select * from movimenti where numero='%1' and val(serie) in (%2,%3)")
-                       .arg(number, QString::number(s.year - 1), year));
+        Recordset found = Recordset::open(*s.db, xv::orders::ordersByNumberSql(s.number, s.year));
+        const xv::orders::OrderKey key{found.text(QStringLiteral("documento")),
+                                       found.text(QStringLiteral("commissione")),
+                                       found.text(QStringLiteral("serie"))};
+        Recordset sums = Recordset::open(*s.db, xv::orders::orderSumsSql(key));
+        Recordset rows = Recordset::open(*s.db, xv::orders::orderLinesSql(key));
         lines = rows.recordCount();
-        benchmark::DoNotOptimize(exists.eof());
-        benchmark::DoNotOptimize(deposit.eof() || total.eof());
+        benchmark::DoNotOptimize(sums.eof());
     }
     state.counters["lines"] = lines;
 }

@@ -56,8 +56,8 @@ int main(int argc, char** argv)
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
         "Crea un database dimostrativo di xVELARIO: catalogo di bomboniere, confetti, astucci, fazzoletti e "
-        "biglietti, clienti, fornitori con i loro agenti, DDT dei fornitori e due anni di commissioni "
-        "(l'anno scorso e quest'anno fino a oggi).\n"
+        "biglietti, clienti, fornitori con i loro agenti, DDT dei fornitori e tre anni di commissioni "
+        "(dal primo gennaio di due anni fa a oggi), numerati da 1 ogni anno.\n"
         "Senza --pg crea un NUOVO file SQLite e rifiuta di sovrascriverne uno esistente (uscita 2).\n"
         "Con --rows N il numero di commissioni è calcolato in anticipo: (N - righe dei DDT fornitori) / 3,5, "
         "la media fissa di righe per commissione; movimenti arriva così a circa N righe, non esattamente.\n"

@@ -18,7 +18,8 @@ struct DemoOptions
 {
     int orders = 300;
     quint32 seed = 20261123;
-    // Orders are dated from the first of January of the year before this day up to this day.
+    // Orders and delivery notes are dated from the first of January two years before this day up to
+    // this day.
     QDate today = QDate::currentDate();
     int customers = 80;
     std::function<void(int done, int total)> progress;
@@ -34,7 +35,7 @@ struct DemoSummary
     int movimentiRows = 0;
 };
 
-// Fills an empty, freshly migrated database with a favour shop's catalogue, people and two years of
+// Fills an empty, freshly migrated database with a favour shop's catalogue, people and three years of
 // orders; the same options give the same data on every machine. Everything is written in one
 // transaction, so a failure leaves the database as it was.
 // Throws xv::common::RuntimeError when movimenti, med or controparti already hold rows.

@@ -118,6 +118,9 @@ void frm_Commissioni::setupControls()
         connect(it.value(), &QCheckBox::clicked, this, [this, index] { chk_Confetti_Click(index); });
     }
     connect(m_ui->chk_Biglietti, &QCheckBox::clicked, this, &frm_Commissioni::chk_Biglietti_Click);
+    // The quantities belong to the open order as they are typed, so the value saved is the one shown.
+    connect(m_ui->txt_confetti, &QLineEdit::textChanged, this, [this](const QString& t) { m_order.confetti = t; });
+    connect(m_ui->txt_mandorla, &QLineEdit::textChanged, this, [this](const QString& t) { m_order.mandorla = t; });
     for (const auto* options : {&m_optBiglietti, &m_optAmuleto}) {
         auto* group = new QButtonGroup(this);
         for (QRadioButton* option : *options)

@@ -4,13 +4,14 @@
 #include "common/Money.h"
 #include "form/FormAdapters.h"
 #include "orders/ModuleSettings.h"
-#include "orders/OrderLoad.h"
+#include "orders/OpenOrder.h"
 
 #include <QDateTime>
 #include <QMainWindow>
 #include <QMap>
 #include <QVector>
 
+#include <functional>
 #include <memory>
 
 class QCheckBox;
@@ -64,10 +65,13 @@ public:
     QString ModeTag1() const;
     QString ModeTag2() const;
     qint64 LineCount() const;
-    const QString& StatoCommissione() const { return m_statoCommissione; }
+    const QString& StatoCommissione() const { return m_order.statoRiga; }
 
     // --- finding and loading
+    // The order this year with the number, else last year's; an order that does not exist clears the form.
     bool Flex_CaricaDocumento(const QString& number, const QString& year);
+    // Exactly the order with this key, of any year.
+    bool Flex_CaricaDocumento(const orders::OrderKey& key);
     void Documento_Trova();
     void Documento_TrovaNumero();
     void SetTextBoxDocumento();
@@ -104,22 +108,7 @@ public:
     QRadioButton* opt_Amuleto(int index) const;
 
     // The order open on the form.
-    struct OrderValues
-    {
-        qint32 key = 0; // rowid of the first line: 0 for an order never saved
-        QString tipogestione;
-        QString tipomovimento;
-        QString documento;
-        QString serie;
-        QString numero;
-        QDateTime datadocumento;
-        QString rowidPagamento;
-        common::Money acconto;
-        common::Money totale;
-        qint32 idnumeratore = 0;
-        orders::Customer customer;
-    };
-    const OrderValues& order() const { return m_order; }
+    const orders::OpenOrder& order() const { return m_order; }
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -132,6 +121,10 @@ private:
     void restorePlacement();
     void savePlacement();
     void setBackground(QWidget* widget, host::Colour colour);
+    bool showLoadedOrder(const std::function<orders::OpenOrder()>& load);
+    void showOpenOrder();
+    void showAccessories();
+    void setCardFields(bool ticked, int format);
     void showCustomer();
     void pickCustomer();
     void grid_RightButtonDown(const QPoint& globalPos);
@@ -157,8 +150,7 @@ private:
     std::unique_ptr<MenuItemArray> m_tFazzoletti;
 
     orders::ModuleSettings m_settings;
-    OrderValues m_order;
-    QString m_statoCommissione = QStringLiteral("EMESSO");
+    orders::OpenOrder m_order;
     QString m_initFlag;
     QString m_linesQuery;
     int m_nextLinePosition = 2;

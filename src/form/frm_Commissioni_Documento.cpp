@@ -20,75 +20,95 @@ namespace xv::form {
 
 using data::Recordset;
 
+namespace {
+constexpr host::Colour kWhite = 0xFFFFFF;
+}
+
 bool frm_Commissioni::Flex_CaricaDocumento(const QString& number, const QString& year)
 {
+    return showLoadedOrder([&number, &year] {
+        return orders::loadOrder(host::host(), number, common::toInt32(common::numericValue(year)));
+    });
+}
+
+bool frm_Commissioni::Flex_CaricaDocumento(const orders::OrderKey& key)
+{
+    return showLoadedOrder([&key] { return orders::loadOrder(host::host(), key); });
+}
+
+bool frm_Commissioni::showLoadedOrder(const std::function<orders::OpenOrder()>& load)
+{
     try {
-        host::IHost& h = host::host();
-        // The year before is taken from today, not from the year asked for: kept on purpose.
-        const QString existence = orders::existenceSql(number, QDate::currentDate().year() - 1, year);
         ClearTextBoxes();
         Flex_Init();
-        m_order.acconto = common::Money();
-        m_order.totale = common::Money();
-
-        QString found = number;
-        const Recordset exists = h.OpenRecordset(existence);
-        if (!exists.eof()) {
-            found = exists.text(QStringLiteral("commissione"));
-            const Recordset deposit = h.OpenRecordset(orders::depositSql(found));
-            if (deposit.isNull(QStringLiteral("TotaleAcconto")))
-                throw common::RuntimeError(common::ErrorNumber::InvalidUseOfNull,
-                                           QStringLiteral("Uso non valido di Null: TotaleAcconto"));
-            m_order.acconto = deposit.money(QStringLiteral("TotaleAcconto"));
-            const Recordset total = h.OpenRecordset(orders::totalSql(found));
-            if (total.isNull(QStringLiteral("TotaleCommissione")))
-                throw common::RuntimeError(common::ErrorNumber::InvalidUseOfNull,
-                                           QStringLiteral("Uso non valido di Null: TotaleCommissione"));
-            m_order.totale = total.money(QStringLiteral("TotaleCommissione"));
-        }
-
-        m_linesQuery = orders::linesSql(found, year);
-        Recordset rows = h.OpenRecordset(m_linesQuery);
-        if (!rows.eof()) {
-            const orders::OrderHeader header = orders::readHeader(rows);
-            m_order.key = common::toInt32(common::numericValue(header.key));
-            m_order.tipogestione = header.tipogestione;
-            m_order.tipomovimento = header.tipomovimento;
-            m_order.datadocumento = header.datadocumento;
-            m_order.documento = header.documento;
-            m_order.serie = header.serie;
-            m_order.numero = found;
-            m_order.rowidPagamento = header.rowidPagamento;
-            m_statoCommissione = header.statoRiga;
-
-            m_ui->txt_numeroCommissione->setText(found);
-            m_ui->txt_dataReg->setText(common::shortDate(header.datadocumento.date()));
-            m_ui->txt_tipoEvento->setText(header.tipoEvento);
-            m_ui->txt_dataEvento->setText(header.dataEvento);
-            m_ui->txt_soggettiEvento->setText(header.soggettiEvento);
-            m_ui->txt_dataRitiro1->setText(header.datadal);
-            m_ui->txt_dataRitiro2->setText(header.dataal);
-            m_ui->txt_Acconto->setText(m_order.acconto.toCurrencyText());
-            m_ui->txt_Totale->setText(m_order.totale.toCurrencyText());
-            m_ui->txt_Riferimenti->setText(header.riferimenti);
-            setTag(m_ui->chk_Biglietti, header.biglietti);
-            setTag(lblInfo(6), header.amuleto);
-            m_ui->txt_confetti->setText(header.confetti);
-            m_ui->txt_mandorla->setText(header.mandorla);
-
-            m_order.customer = orders::readOrderCustomer(rows);
-            showCustomer();
-        }
-        QVector<int> types;
-        for (int c = 0; c < grid()->cols(); ++c)
-            types << common::toInt32(common::numericValue(grid()->textMatrix(1, c)));
-        for (; !rows.eof(); rows.moveNext())
-            grid()->addItem(orders::gridCells(rows, types));
+        // A load that fails leaves the form and the open order empty alike.
+        m_order = orders::OpenOrder();
+        m_linesQuery.clear();
+        showAccessories();
+        m_order = load();
+        if (!m_order.lines.isEmpty())
+            m_linesQuery = orders::orderLinesSql(m_order.orderKey());
+        showOpenOrder();
         return true;
     } catch (...) {
         host::host().ReportError(QStringLiteral("Flex_CaricaDocumento"),
                                  QStringLiteral("Errore durante la lettura del documento!"), true);
         return false;
+    }
+}
+
+// An order that was not found shows as the cleared form it leaves.
+void frm_Commissioni::showOpenOrder()
+{
+    const orders::OpenOrder& o = m_order;
+    if (!o.lines.isEmpty()) {
+        m_ui->txt_numeroCommissione->setText(o.numero);
+        m_ui->txt_dataReg->setText(common::shortDate(o.datadocumento.date()));
+        m_ui->txt_tipoEvento->setText(o.tipoEvento);
+        m_ui->txt_dataEvento->setText(o.dataEvento);
+        m_ui->txt_soggettiEvento->setText(o.soggettiEvento);
+        m_ui->txt_dataRitiro1->setText(o.datadal);
+        m_ui->txt_dataRitiro2->setText(o.dataal);
+        m_ui->txt_Acconto->setText(o.acconto.toCurrencyText());
+        m_ui->txt_Totale->setText(o.totale.toCurrencyText());
+        m_ui->txt_Riferimenti->setText(o.riferimenti);
+        showCustomer();
+    }
+    showAccessories();
+    for (const QStringList& cells : o.lines)
+        grid()->addItem(cells);
+}
+
+// The check boxes and options say what the order's accessory columns hold, the Tags keep the indexes
+// and the fields the quantities, so what is on screen is what a save writes back; an order without
+// accessories, or no order at all, leaves nothing of the one before.
+void frm_Commissioni::showAccessories()
+{
+    const int format = orders::cardFormat(m_order.biglietti);
+    m_ui->chk_Biglietti->setChecked(format >= 0);
+    setCardFields(format >= 0, format);
+    if (format < 0) {
+        setTag(m_ui->chk_Biglietti, QString());
+        m_order.biglietti.clear();
+    }
+
+    const int amulet = orders::amuletOption(m_order.amuleto);
+    setOptionGroup(m_optAmuleto, amulet, true);
+    if (amulet >= 0) {
+        opt_Amuleto_Click(amulet);
+    } else {
+        setTag(lblInfo(6), QString());
+        m_order.amuleto.clear();
+    }
+
+    const QString quantities[] = {m_order.confetti, m_order.mandorla, QString()};
+    QLineEdit* const fields[] = {m_ui->txt_confetti, m_ui->txt_mandorla, m_ui->txt_cioccolato};
+    for (int i = 0; i < 3; ++i) {
+        const bool ticked = !quantities[i].isEmpty();
+        chk_Confetti(i)->setChecked(ticked);
+        fields[i]->setText(quantities[i]);
+        fields[i]->setEnabled(ticked);
+        setBackground(fields[i], ticked ? kWhite : host::host().GetLockedColor());
     }
 }
 
@@ -104,16 +124,12 @@ void frm_Commissioni::showCustomer()
 void frm_Commissioni::Documento_Trova()
 {
     const auto chosen = host::listWindow().Search(QStringLiteral("Trova Commissioni"), orders::orderSearchSql);
-    if (!chosen || chosen->size() < 2)
+    if (!chosen || chosen->size() <= orders::Search_documento)
         return;
-    const QString number = chosen->at(0);
-    const QString year = chosen->at(1);
-    // The search hands back the series, a year: the order's date is the first day of it until loaded.
-    if (const auto date = common::parseShortDate(year))
-        m_order.datadocumento = date->startOfDay();
-    else
-        m_order.datadocumento = QDate(common::toInt32(common::numericValue(year)), 1, 1).startOfDay();
-    if (!Flex_CaricaDocumento(number, year))
+    // The chosen row names exactly one order, of whatever year.
+    const orders::OrderKey key{chosen->at(orders::Search_documento), chosen->at(orders::Search_numero),
+                               chosen->at(orders::Search_serie)};
+    if (!Flex_CaricaDocumento(key))
         host::Dialogs::message(QStringLiteral("Errori rilevati durante il caricamento della commissione!"),
                                host::Buttons::Ok, host::Icon::Exclamation, host::host().GetAppTitle());
 }

@@ -72,7 +72,7 @@ void frm_Commissioni::StateOfButtons()
             frame->setEnabled(s.mainEnabled);
 
         setStatusPanel(7, s.linesPanel);
-        setStatusPanel(8, m_statoCommissione);
+        setStatusPanel(8, StatoCommissione());
     } catch (...) {
         host::host().ReportError(QStringLiteral("frm_Commissioni.StateOfButtons"), QString(), true);
     }
@@ -83,6 +83,9 @@ void frm_Commissioni::NuovoAnnulla(QAction* button)
     try {
         ClearTextBoxes();
         Flex_Init();
+        // Nothing of the order shown before carries into the next one: key, number, customer, state.
+        m_order = orders::OpenOrder();
+        showAccessories();
         const QString tag = tagOf(button);
         const bool starting = tag == QLatin1String("N");
         m_ui->fra_Main->setEnabled(starting);
@@ -108,8 +111,6 @@ void frm_Commissioni::NuovoAnnulla(QAction* button)
         for (QWidget* frame : {static_cast<QWidget*>(m_ui->fra_Cliente), static_cast<QWidget*>(m_ui->fra_Evento),
                                static_cast<QWidget*>(m_ui->fra_Accessori), static_cast<QWidget*>(m_ui->fra_Confetti)})
             frame->setEnabled(mainEnabled);
-        m_order.key = 0;
-        m_statoCommissione = QStringLiteral("EMESSO");
     } catch (...) {
         host::host().ReportError(QStringLiteral("NuovoAnnulla"), QString(), true);
     }

@@ -114,14 +114,15 @@ void frm_Commissioni::Flex_RicalcolaRiga()
 void frm_Commissioni::setOptionGroup(const QMap<int, QRadioButton*>& options, int checked, bool enabled)
 {
     QButtonGroup* group = options.first()->group();
-    // Every option may be off only while the group is not exclusive.
+    // An option can be switched off only while the group is not exclusive; afterwards the group is
+    // exclusive again, even with every option off, so that a click never leaves two options on.
     if (group)
         group->setExclusive(false);
     for (auto it = options.cbegin(); it != options.cend(); ++it) {
         it.value()->setChecked(it.key() == checked);
         it.value()->setEnabled(enabled);
     }
-    if (group && checked >= 0)
+    if (group)
         group->setExclusive(true);
 }
 
@@ -143,13 +144,21 @@ void frm_Commissioni::chk_Confetti_Click(int index)
 void frm_Commissioni::chk_Biglietti_Click()
 {
     const bool ticked = m_ui->chk_Biglietti->isChecked();
+    setCardFields(ticked, 1);
+    // The Tag keeps the last format chosen, but an order without cards is saved without a format.
+    if (!ticked)
+        m_order.biglietti.clear();
+}
+
+void frm_Commissioni::setCardFields(bool ticked, int format)
+{
     m_ui->txt_note->setEnabled(ticked);
     m_ui->txt_frase->setEnabled(ticked);
     if (ticked) {
-        // Switching the default format on fires its click, which writes "1" into the Tag, even when
-        // that format was on already.
-        setOptionGroup(m_optBiglietti, 1, true);
-        opt_Biglietti_Click(1);
+        // Switching a format on fires its click, which writes the format into the Tag, even when that
+        // format was on already.
+        setOptionGroup(m_optBiglietti, format, true);
+        opt_Biglietti_Click(format);
         setBackground(m_ui->txt_note, kWhite);
         setBackground(m_ui->txt_frase, kWhite);
         return;
@@ -162,11 +171,13 @@ void frm_Commissioni::chk_Biglietti_Click()
 void frm_Commissioni::opt_Biglietti_Click(int index)
 {
     setTag(m_ui->chk_Biglietti, QString::number(index));
+    m_order.biglietti = m_ui->chk_Biglietti->isChecked() ? QString::number(index) : QString();
 }
 
 void frm_Commissioni::opt_Amuleto_Click(int index)
 {
     setTag(lblInfo(6), QString::number(index));
+    m_order.amuleto = QString::number(index);
 }
 
 void frm_Commissioni::tbComandiDocumento_ButtonClick(QAction* button)

@@ -15,34 +15,6 @@ namespace xv::orders {
 
 using common::RuntimeError;
 using data::Recordset;
-using data::sqlEscape;
-
-QString existenceSql(const QString& number, int lastYear, const QString& year)
-{
-    return QStringLiteral("select commissione from mov_co where commissione='") + sqlEscape(number) +
-           QStringLiteral("' and year([Data Commissione]) IN ( ") + QString::number(lastYear) + QStringLiteral(" , ") +
-           sqlEscape(year) + QStringLiteral(" )");
-}
-
-QString linesSql(const QString& number, const QString& year)
-{
-    const double previous = common::numericValue(year) - 1;
-    return QStringLiteral("select * from movimenti where numero='") + sqlEscape(number) +
-           QStringLiteral("' and val(serie) in (") + QString::number(previous, 'g', 15) + QLatin1Char(',') +
-           sqlEscape(year) + QLatin1Char(')');
-}
-
-QString depositSql(const QString& number)
-{
-    return QStringLiteral("select sum(m1.prezzo2) as totaleacconto from movimenti AS m1 where m1.numero='") +
-           sqlEscape(number) + QLatin1Char('\'');
-}
-
-QString totalSql(const QString& number)
-{
-    return QStringLiteral("select sum(m1.totale) as TotaleCommissione from movimenti AS m1 where m1.numero='") +
-           sqlEscape(number) + QLatin1Char('\'');
-}
 
 QString customerSql(qint32 key)
 {
@@ -127,32 +99,6 @@ QString Customer::addressTip() const
 {
     return indirizzo + QStringLiteral(" - CAP: ") + cap + QStringLiteral(" - ") + comune + QLatin1Char('(') +
            provincia + QLatin1Char(')');
-}
-
-OrderHeader readHeader(const Recordset& rs)
-{
-    OrderHeader h;
-    h.key = requiredText(rs, QStringLiteral("rowid"));
-    h.tipogestione = requiredText(rs, QStringLiteral("Tipogestione"));
-    h.tipomovimento = requiredText(rs, QStringLiteral("Tipomovimento"));
-    if (rs.isNull(QStringLiteral("datadocumento")))
-        invalidUseOfNull(QStringLiteral("datadocumento"));
-    h.datadocumento = rs.dateTime(QStringLiteral("datadocumento"));
-    h.documento = requiredText(rs, QStringLiteral("documento"));
-    h.serie = requiredText(rs, QStringLiteral("serie"));
-    h.tipoEvento = requiredText(rs, QStringLiteral("attrib04"));
-    h.dataEvento = dateText(rs.value(QStringLiteral("attrib05")));
-    h.soggettiEvento = requiredText(rs, QStringLiteral("attrib06"));
-    h.datadal = dateText(rs.value(QStringLiteral("Datadal")));
-    h.dataal = dateText(rs.value(QStringLiteral("Dataal")));
-    h.rowidPagamento = requiredText(rs, QStringLiteral("Rowid_Pagamento"));
-    h.riferimenti = requiredText(rs, QStringLiteral("riferimenti"));
-    h.statoRiga = requiredText(rs, QStringLiteral("StatoRiga"));
-    h.biglietti = requiredText(rs, QStringLiteral("attrib00"));
-    h.amuleto = requiredText(rs, QStringLiteral("attrib01"));
-    h.confetti = requiredText(rs, QStringLiteral("attrib02"));
-    h.mandorla = requiredText(rs, QStringLiteral("attrib03"));
-    return h;
 }
 
 Customer readOrderCustomer(const Recordset& rs)

@@ -19,35 +19,8 @@ class Recordset;
 
 namespace xv::orders {
 
-// The texts that find and read one order. Numbers are looked up as text, quotes doubled.
-QString existenceSql(const QString& number, int lastYear, const QString& year);
-QString linesSql(const QString& number, const QString& year);
-QString depositSql(const QString& number);
-QString totalSql(const QString& number);
+// The customer with this key in controparti.
 QString customerSql(qint32 key);
-
-// The order's header as its first row holds it.
-struct OrderHeader
-{
-    QString key; // rowid of the first line: empty or "0" for an order never saved
-    QString tipogestione;
-    QString tipomovimento;
-    QDateTime datadocumento;
-    QString documento;
-    QString serie;
-    QString tipoEvento;
-    QString dataEvento;
-    QString soggettiEvento;
-    QString datadal;
-    QString dataal;
-    QString rowidPagamento;
-    QString riferimenti;
-    QString statoRiga;
-    QString biglietti; // attrib00
-    QString amuleto;   // attrib01
-    QString confetti;  // attrib02
-    QString mandorla;  // attrib03
-};
 
 // The customer fields of an order or of a new order.
 struct Customer
@@ -70,8 +43,7 @@ struct Customer
     QString addressTip() const;
 };
 
-// Read from the current row of the lines query; a null where a date is read is an error.
-OrderHeader readHeader(const data::Recordset& rs);
+// The customer of an order's row; a null where none may be is an error.
 Customer readOrderCustomer(const data::Recordset& rs);
 // The customer of controparti's current row (nulls read as empty).
 Customer readCounterpart(const data::Recordset& rs);

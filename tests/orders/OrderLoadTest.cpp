@@ -5,6 +5,7 @@
 #include "common/RuntimeError.h"
 #include "host/Host.h"
 #include "lines/GridColumns.h"
+#include "orders/OpenOrder.h"
 #include "orders/OrderLoad.h"
 
 #include <gtest/gtest.h>
@@ -47,7 +48,7 @@ TEST_P(OrderLoadTest, GridCellsShowMoneyDatesNumbersAndAllowedNullsAsText)
         t.setValue("oradal", QDateTime(QDate(1899, 12, 30), QTime(13, 30)));
         t.setValue("Nominativo", "D'Angelo Carla");
     });
-    Recordset rs = m_host->OpenRecordset(orders::linesSql("7", "2026"));
+    Recordset rs = m_host->OpenRecordset(orders::orderLinesSql({"COMM", "7", "2026"}));
     ASSERT_FALSE(rs.eof());
     const QStringList cells = orders::gridCells(rs, columnTypes());
     ASSERT_EQ(cells.size(), lines::ColCount);
@@ -69,7 +70,7 @@ TEST_P(OrderLoadTest, GridCellsShowMoneyDatesNumbersAndAllowedNullsAsText)
 TEST_P(OrderLoadTest, ANullWhereNoneMayBeIsAnError)
 {
     addLine("8", "2026", [](Recordset& t) { t.setValue("Descrizione2", QVariant()); });
-    Recordset rs = m_host->OpenRecordset(orders::linesSql("8", "2026"));
+    Recordset rs = m_host->OpenRecordset(orders::orderLinesSql({"COMM", "8", "2026"}));
     try {
         (void)orders::gridCells(rs, columnTypes());
         FAIL() << "a null description must not load silently";
@@ -77,48 +78,8 @@ TEST_P(OrderLoadTest, ANullWhereNoneMayBeIsAnError)
         EXPECT_EQ(e.number(), 94);
     }
     addLine("9", "2026", [](Recordset& t) { t.setValue("prezzo", QVariant()); });
-    Recordset money = m_host->OpenRecordset(orders::linesSql("9", "2026"));
+    Recordset money = m_host->OpenRecordset(orders::orderLinesSql({"COMM", "9", "2026"}));
     EXPECT_THROW((void)orders::gridCells(money, columnTypes()), common::RuntimeError);
-}
-
-TEST_P(OrderLoadTest, LinesQueryTakesTheYearAndTheYearBefore)
-{
-    addLine("5", "2026");
-    addLine("5", "2025");
-    addLine("5", "2024");
-    addLine("5'", "2026");
-    EXPECT_EQ(m_host->OpenRecordset(orders::linesSql("5", "2026")).recordCount(), 2);
-    EXPECT_EQ(m_host->OpenRecordset(orders::linesSql("5", "2025")).recordCount(), 2);
-    EXPECT_EQ(m_host->OpenRecordset(orders::linesSql("5'", "2026")).recordCount(), 1);
-    // The totals are summed on the number alone, over all series.
-    EXPECT_EQ(orders::depositSql("5'"),
-              "select sum(m1.prezzo2) as totaleacconto from movimenti AS m1 where m1.numero='5'''");
-}
-
-TEST_P(OrderLoadTest, HeaderAndCustomerComeFromTheFirstRow)
-{
-    addLine("11", "2026", [](Recordset& t) {
-        t.setValue("attrib04", "Matrimonio");
-        t.setValue("attrib06", "Marco e Giulia");
-        t.setValue("Nominativo", "Rossi Maria");
-        t.setValue("telefono", "081 555 1234");
-        t.setValue("Cellulare", QVariant());
-        t.setValue("Email", QVariant());
-        t.setValue("attrib00", "1");
-    });
-    Recordset rs = m_host->OpenRecordset(orders::linesSql("11", "2026"));
-    const orders::OrderHeader h = orders::readHeader(rs);
-    EXPECT_EQ(h.tipoEvento, "Matrimonio");
-    EXPECT_EQ(h.soggettiEvento, "Marco e Giulia");
-    EXPECT_EQ(h.datadocumento.date(), QDate(2026, 3, 14));
-    EXPECT_EQ(h.datadal, "20/11/2026");
-    EXPECT_EQ(h.statoRiga, "EMESSO");
-    EXPECT_EQ(h.biglietti, "1");
-    const orders::Customer c = orders::readOrderCustomer(rs);
-    EXPECT_EQ(c.nominativo, "Rossi Maria");
-    EXPECT_EQ(c.telefono, "081 555 1234");
-    EXPECT_EQ(c.cellulare, "");
-    EXPECT_EQ(c.email, "");
 }
 
 TEST_P(OrderLoadTest, ProposedNumberIsTheCounterPlusOneOrNothingWithoutACounter)

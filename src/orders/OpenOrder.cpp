@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: MIT
+#include "OpenOrder.h"
+
+#include "common/Conversions.h"
+#include "common/RuntimeError.h"
+#include "data/Recordset.h"
+#include "data/SqlText.h"
+#include "host/IHost.h"
+
+namespace xv::orders {
+
+using common::RuntimeError;
+using data::Recordset;
+using data::sqlEscape;
+
+namespace {
+
+// The one condition that picks the rows of an order and nothing else.
+QString keyCondition(const OrderKey& key)
+{
+    return QStringLiteral("documento='") + sqlEscape(key.documento) + QStringLiteral("' and numero='") +
+           sqlEscape(key.numero) + QStringLiteral("' and serie='") + sqlEscape(key.serie) + QLatin1Char('\'');
+}
+
+[[noreturn]] void invalidUseOfNull(const QString& field)
+{
+    throw RuntimeError(common::ErrorNumber::InvalidUseOfNull,
+                       QStringLiteral("Uso non valido di Null: %1").arg(field));
+}
+
+QString requiredText(const Recordset& rs, const QString& field)
+{
+    if (rs.isNull(field))
+        invalidUseOfNull(field);
+    return rs.text(field);
+}
+
+common::Money requiredMoney(const Recordset& rs, const QString& field)
+{
+    if (rs.isNull(field))
+        invalidUseOfNull(field);
+    return rs.money(field);
+}
+
+// The header as the first row holds it; a null where a value must be is an error, as on every line.
+void readHeader(const Recordset& rs, OpenOrder& order)
+{
+    order.key = common::toInt32(common::numericValue(requiredText(rs, QStringLiteral("rowid"))));
+    order.tipogestione = requiredText(rs, QStringLiteral("Tipogestione"));
+    order.tipomovimento = requiredText(rs, QStringLiteral("Tipomovimento"));
+    if (rs.isNull(QStringLiteral("datadocumento")))
+        invalidUseOfNull(QStringLiteral("datadocumento"));
+    order.datadocumento = rs.dateTime(QStringLiteral("datadocumento"));
+    order.documento = requiredText(rs, QStringLiteral("documento"));
+    order.numero = requiredText(rs, QStringLiteral("numero"));
+    order.serie = requiredText(rs, QStringLiteral("serie"));
+    order.tipoEvento = requiredText(rs, QStringLiteral("attrib04"));
+    order.dataEvento = dateText(rs.value(QStringLiteral("attrib05")));
+    order.soggettiEvento = requiredText(rs, QStringLiteral("attrib06"));
+    order.datadal = dateText(rs.value(QStringLiteral("Datadal")));
+    order.dataal = dateText(rs.value(QStringLiteral("Dataal")));
+    order.riferimenti = requiredText(rs, QStringLiteral("riferimenti"));
+    order.statoRiga = requiredText(rs, QStringLiteral("StatoRiga"));
+    order.biglietti = requiredText(rs, QStringLiteral("attrib00"));
+    order.amuleto = requiredText(rs, QStringLiteral("attrib01"));
+    order.confetti = requiredText(rs, QStringLiteral("attrib02"));
+    order.mandorla = requiredText(rs, QStringLiteral("attrib03"));
+    order.customer = readOrderCustomer(rs);
+    order.customer.rowidPagamento = requiredText(rs, QStringLiteral("Rowid_Pagamento"));
+}
+
+QVector<int> movimentiTypes(host::IHost& host)
+{
+    QVector<int> types;
+    for (Recordset rs = host.OpenSchema(4, QStringLiteral("movimenti")); !rs.eof(); rs.moveNext())
+        types << common::toInt32(common::numericValue(rs.text(QStringLiteral("Type"))));
+    return types;
+}
+
+int indexIn(const QString& text, int count)
+{
+    for (int i = 0; i < count; ++i) {
+        if (text == QString::number(i))
+            return i;
+    }
+    return -1;
+}
+
+} // namespace
+
+QString ordersByNumberSql(const QString& number, int year)
+{
+    return QStringLiteral("select commissione, serie, documento from mov_co where commissione='") +
+           sqlEscape(number) + QStringLiteral("' and val(serie) in (") + QString::number(year - 1) +
+           QLatin1Char(',') + QString::number(year) + QStringLiteral(") order by documento");
+}
+
+QString orderLinesSql(const OrderKey& key)
+{
+    return QStringLiteral("select * from movimenti where ") + keyCondition(key) +
+           QStringLiteral(" order by rowid");
+}
+
+QString orderSumsSql(const OrderKey& key)
+{
+    return QStringLiteral("select sum(prezzo2) as TotaleAcconto, sum(totale) as TotaleCommissione "
+                          "from movimenti where ") +
+           keyCondition(key);
+}
+
+std::optional<OrderKey> findOrderByNumber(host::IHost& host, const QString& number, int year)
+{
+    std::optional<OrderKey> lastYears;
+    for (Recordset rs = host.OpenRecordset(ordersByNumberSql(number, year)); !rs.eof(); rs.moveNext()) {
+        const OrderKey key{rs.text(QStringLiteral("documento")), rs.text(QStringLiteral("commissione")),
+                           rs.text(QStringLiteral("serie"))};
+        if (common::numericValue(key.serie) == year)
+            return key;
+        if (!lastYears)
+            lastYears = key;
+    }
+    return lastYears;
+}
+
+OpenOrder loadOrder(host::IHost& host, const OrderKey& key)
+{
+    OpenOrder order;
+    Recordset rows = host.OpenRecordset(orderLinesSql(key));
+    if (rows.eof())
+        return order;
+    const Recordset sums = host.OpenRecordset(orderSumsSql(key));
+    order.acconto = requiredMoney(sums, QStringLiteral("TotaleAcconto"));
+    order.totale = requiredMoney(sums, QStringLiteral("TotaleCommissione"));
+    readHeader(rows, order);
+    const QVector<int> types = movimentiTypes(host);
+    order.lines.reserve(rows.recordCount());
+    for (; !rows.eof(); rows.moveNext())
+        order.lines << gridCells(rows, types);
+    return order;
+}
+
+OpenOrder loadOrder(host::IHost& host, const QString& number, int year)
+{
+    const std::optional<OrderKey> key = findOrderByNumber(host, number, year);
+    return key ? loadOrder(host, *key) : OpenOrder();
+}
+
+int cardFormat(const QString& biglietti)
+{
+    return indexIn(biglietti, 3);
+}
+
+int amuletOption(const QString& amuleto)
+{
+    return indexIn(amuleto, 2);
+}
+
+} // namespace xv::orders
