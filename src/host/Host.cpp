@@ -116,6 +116,20 @@ void Host::writeLog(const QString& line)
     }
 }
 
+void Host::logError(const QString& source, const QString& text, const common::ErrorInfo& info) noexcept
+{
+    try {
+        const QString description = QString(info.description).replace(QLatin1Char('\n'), QLatin1Char(' '));
+        writeLog(QStringLiteral("%1\t%2\t%3\tErrore %4: %5")
+                     .arg(QDateTime::currentDateTime().toString(Qt::ISODate), source, text)
+                     .arg(info.number)
+                     .arg(description));
+        qCWarning(lcHost).noquote() << source << text << info.number << description;
+    } catch (...) {
+        // Nothing is left to tell: the log itself failed.
+    }
+}
+
 bool Host::Initialize()
 {
     bool createdHere = false;
@@ -182,12 +196,19 @@ QString Host::GetSetting(const QString& section, const QString& key, const QStri
 {
     if (!m_db)
         return defaultValue;
-    QSqlQuery query = m_db->executeBound(
-        QStringLiteral("select valore from impostazioni where archivio=? and sezione=? and chiave=?"),
-        {store.toLower(), section.toLower(), key.toLower()});
-    if (!query.next() || query.value(0).isNull())
+    try {
+        QSqlQuery query = m_db->executeBound(
+            QStringLiteral("select valore from impostazioni where archivio=? and sezione=? and chiave=?"),
+            {store.toLower(), section.toLower(), key.toLower()});
+        if (!query.next() || query.value(0).isNull())
+            return defaultValue;
+        return query.value(0).toString();
+    } catch (...) {
+        // A setting must never stop the caller, least of all the error path asking for a title.
+        logError(QStringLiteral("GetSetting"), QStringList{store, section, key}.join(QLatin1Char('/')),
+                 common::describe(std::current_exception()));
         return defaultValue;
-    return query.value(0).toString();
+    }
 }
 
 void Host::SaveSetting(const QString& section, const QString& key, const QString& value, const QString& store)
@@ -274,19 +295,33 @@ QString Host::GetStationName()
 
 void Host::ReportError(const QString& source, const QString& text, bool show)
 {
-    const common::ErrorInfo info = common::describe(std::current_exception());
-    writeLog(QStringLiteral("%1\t%2\t%3\tErrore %4: %5")
-                 .arg(QDateTime::currentDateTime().toString(Qt::ISODate), source, text)
-                 .arg(info.number)
-                 .arg(QString(info.description).replace(QLatin1Char('\n'), QLatin1Char(' '))));
-    qCWarning(lcHost).noquote() << source << text << info.number << info.description;
+    // The error path of every procedure ends here, often because the database failed: nothing in it
+    // may throw again, or the program would end and take what was typed with it.
+    common::ErrorInfo info;
+    try {
+        info = common::describe(std::current_exception());
+    } catch (...) {
+        info.description = QStringLiteral("Errore sconosciuto");
+    }
+    logError(source, text, info);
     if (!show)
         return;
-    QString message;
-    if (!text.isEmpty())
-        message += text + QStringLiteral("\n\n");
-    message += QStringLiteral("Errore n. %1: %2\nOrigine: %3").arg(info.number).arg(info.description, source);
-    Dialogs::message(message, Buttons::Ok, Icon::Critical, GetAppTitle());
+    QString title = kAppTitle;
+    try {
+        title = GetAppTitle();
+    } catch (...) {
+        logError(QStringLiteral("GetAppTitle"), QString(), common::describe(std::current_exception()));
+    }
+    try {
+        QString message;
+        if (!text.isEmpty())
+            message += text + QStringLiteral("\n\n");
+        message +=
+            QStringLiteral("Errore n. %1: %2\nOrigine: %3").arg(info.number).arg(info.description, source);
+        Dialogs::message(message, Buttons::Ok, Icon::Critical, title);
+    } catch (...) {
+        logError(QStringLiteral("ReportError"), source, common::describe(std::current_exception()));
+    }
 }
 
 QWidget* Host::AttachForm(QWidget* form, bool attach)

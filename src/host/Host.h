@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "common/RuntimeError.h"
 #include "host/IHost.h"
 
 #include <QPointer>
@@ -88,6 +89,7 @@ public:
 
 private:
     void writeLog(const QString& line);
+    void logError(const QString& source, const QString& text, const common::ErrorInfo& info) noexcept;
     Colour colourSetting(const QString& key, Colour defaultColour);
     qint16 numberSetting(const QString& key, qint16 defaultValue);
 
