@@ -151,6 +151,8 @@ bool Host::Initialize()
         config = ConnectionConfig::fromText(connectionText);
         createdHere = config.engine == Engine::SQLite && !QFileInfo::exists(config.sqlitePath);
         m_db = std::make_unique<Database>(config);
+        m_settings.clear();
+        m_settingsRead = false;
         const int before = data::migrate(*m_db);
         if (before == 0 && createdHere && m_options.fillDemoData) {
             const demo::DemoSummary summary = demo::fillDemoData(*m_db, demo::DemoOptions());
@@ -191,24 +193,50 @@ Database& Host::GetConnection()
     return *m_db;
 }
 
+namespace {
+
+QString settingKey(const QString& store, const QString& section, const QString& key)
+{
+    // The unit separator cannot occur in a name typed in the settings window.
+    return QStringList{store.toLower(), section.toLower(), key.toLower()}.join(QChar(0x1F));
+}
+
+} // namespace
+
+void Host::readSettings(const QString& source, const QString& text)
+{
+    m_settingsRead = true;
+    if (!m_db)
+        return;
+    try {
+        QHash<QString, QString> settings;
+        QSqlQuery query =
+            m_db->executeBound(QStringLiteral("select archivio, sezione, chiave, valore from impostazioni"));
+        while (query.next()) {
+            if (!query.value(3).isNull())
+                settings.insert(settingKey(query.value(0).toString(), query.value(1).toString(),
+                                           query.value(2).toString()),
+                                query.value(3).toString());
+        }
+        m_settings = std::move(settings);
+    } catch (...) {
+        // A setting must never stop the caller, least of all the error path asking for a title: what
+        // was read before stays, and a key never read answers its default.
+        logError(source, text, common::describe(std::current_exception()));
+    }
+}
+
 QString Host::GetSetting(const QString& section, const QString& key, const QString& defaultValue,
                          const QString& store)
 {
-    if (!m_db)
-        return defaultValue;
-    try {
-        QSqlQuery query = m_db->executeBound(
-            QStringLiteral("select valore from impostazioni where archivio=? and sezione=? and chiave=?"),
-            {store.toLower(), section.toLower(), key.toLower()});
-        if (!query.next() || query.value(0).isNull())
-            return defaultValue;
-        return query.value(0).toString();
-    } catch (...) {
-        // A setting must never stop the caller, least of all the error path asking for a title.
-        logError(QStringLiteral("GetSetting"), QStringList{store, section, key}.join(QLatin1Char('/')),
-                 common::describe(std::current_exception()));
-        return defaultValue;
-    }
+    if (!m_settingsRead)
+        readSettings(QStringLiteral("GetSetting"), QStringList{store, section, key}.join(QLatin1Char('/')));
+    return m_settings.value(settingKey(store, section, key), defaultValue);
+}
+
+void Host::RefreshSettings()
+{
+    readSettings(QStringLiteral("RefreshSettings"), QString());
 }
 
 void Host::SaveSetting(const QString& section, const QString& key, const QString& value, const QString& store)
@@ -216,12 +244,15 @@ void Host::SaveSetting(const QString& section, const QString& key, const QString
     Database& db = GetConnection();
     Transaction transaction(db);
     const QVariantList keys{store.toLower(), section.toLower(), key.toLower()};
-    db.executeBound(QStringLiteral("delete from impostazioni where archivio=? and sezione=? and chiave=?"),
+    // Rows written by other tools may differ in case: they are the same setting.
+    db.executeBound(QStringLiteral("delete from impostazioni where lower(archivio)=? and lower(sezione)=? "
+                                   "and lower(chiave)=?"),
                     keys);
     db.executeBound(
         QStringLiteral("insert into impostazioni (archivio, sezione, chiave, valore) values (?,?,?,?)"),
         keys + QVariantList{value});
     transaction.commit();
+    m_settings.insert(settingKey(store, section, key), value);
 }
 
 Recordset Host::OpenRecordset(const QString& sql, int, int)

@@ -4,6 +4,7 @@
 #include "common/RuntimeError.h"
 #include "host/IHost.h"
 
+#include <QHash>
 #include <QPointer>
 #include <QWidget>
 
@@ -37,6 +38,7 @@ public:
                        const QString& store) override;
     void SaveSetting(const QString& section, const QString& key, const QString& value,
                      const QString& store) override;
+    void RefreshSettings() override;
 
     Database& GetConnection() override;
     Recordset OpenRecordset(const QString& sql, int cursorType = -1, int lockType = 0) override;
@@ -92,9 +94,13 @@ private:
     void logError(const QString& source, const QString& text, const common::ErrorInfo& info) noexcept;
     Colour colourSetting(const QString& key, Colour defaultColour);
     qint16 numberSetting(const QString& key, qint16 defaultValue);
+    void readSettings(const QString& source, const QString& text);
 
     HostOptions m_options;
     std::unique_ptr<Database> m_db;
+    // The stored settings by store, section and key in lower case; read on first use.
+    QHash<QString, QString> m_settings;
+    bool m_settingsRead = false;
     QPointer<QWidget> m_form;
     struct HeldLock
     {

@@ -44,7 +44,7 @@ protected:
         EXPECT_EQ(h().GetStockThreshold(), 5);
         const QString log = readLog();
         EXPECT_TRUE(log.contains("Documento_Salva\tAZIONE: 1\tErrore ")) << log.toStdString();
-        EXPECT_TRUE(log.contains("GetSetting\tDOCS/comm/sql")) << log.toStdString();
+        EXPECT_TRUE(log.contains("\tGetSetting\teKELA/KELA/AppTitle\t")) << log.toStdString();
     }
 };
 
