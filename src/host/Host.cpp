@@ -158,6 +158,7 @@ bool Host::Initialize()
             const demo::DemoSummary summary = demo::fillDemoData(*m_db, demo::DemoOptions());
             qCInfo(lcHost) << "demo data:" << summary.orders << "orders," << summary.movimentiRows << "rows";
         }
+        clearStaleLocks();
         return true;
     } catch (...) {
         const common::ErrorInfo info = common::describe(std::current_exception());
@@ -366,63 +367,6 @@ void Host::RegisterForm(QWidget* form)
 {
     m_form = form;
     Dialogs::setParent(form);
-}
-
-QString Host::LockRecord(quintptr window, qint32 number, const QString& table)
-{
-    try {
-        Database& db = GetConnection();
-        Transaction transaction(db);
-        QSqlQuery held = db.executeBound(
-            QStringLiteral(
-                "select finestra, postazione, utente, dal from blocchi_record where tabella=? and record=?"),
-            {table.toLower(), number});
-        if (held.next()) {
-            const bool mine =
-                held.value(0).toULongLong() == window && held.value(1).toString() == GetStationName();
-            if (mine)
-                return {};
-            return QStringLiteral("Il documento N. %1 è in uso da %2 sulla postazione %3 dal %4")
-                .arg(number)
-                .arg(held.value(2).toString(), held.value(1).toString(),
-                     data::variantText(QVariant(data::variantDateTime(held.value(3)))));
-        }
-        db.executeBound(
-            QStringLiteral("insert into blocchi_record (tabella, record, finestra, postazione, utente, dal) "
-                           "values (?,?,?,?,?,?)"),
-            {table.toLower(), number, QVariant::fromValue<qulonglong>(window), GetStationName(),
-             GetUserName(), db.toStorage(QDateTime::currentDateTime(), TypeCode::Date)});
-        transaction.commit();
-        m_lastLock = HeldLock{table.toLower(), number, window};
-        return {};
-    } catch (...) {
-        ReportError(QStringLiteral("LockRecord"), QString(), false);
-        return QStringLiteral("Errore");
-    }
-}
-
-bool Host::ReleaseRecordLock(quintptr window)
-{
-    try {
-        GetConnection().executeBound(
-            QStringLiteral("delete from blocchi_record where finestra=? and postazione=?"),
-            {QVariant::fromValue<qulonglong>(window), GetStationName()});
-        if (m_lastLock && m_lastLock->window == window)
-            m_lastLock.reset();
-        return true;
-    } catch (...) {
-        ReportError(QStringLiteral("ReleaseRecordLock"), QString(), false);
-        return false;
-    }
-}
-
-void Host::ClearRecordLock()
-{
-    if (!m_lastLock)
-        return;
-    GetConnection().executeBound(QStringLiteral("delete from blocchi_record where tabella=? and record=?"),
-                                 {m_lastLock->table, m_lastLock->number});
-    m_lastLock.reset();
 }
 
 bool Host::IsControlSlipMode()

@@ -95,6 +95,7 @@ private:
     Colour colourSetting(const QString& key, Colour defaultColour);
     qint16 numberSetting(const QString& key, qint16 defaultValue);
     void readSettings(const QString& source, const QString& text);
+    void clearStaleLocks();
 
     HostOptions m_options;
     std::unique_ptr<Database> m_db;
