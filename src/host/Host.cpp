@@ -7,6 +7,7 @@
 #include "demo/DemoData.h"
 #include "host/Dialogs.h"
 #include "data/Schema.h"
+#include "data/SqliteFile.h"
 #include "data/SqlText.h"
 #include "data/TypeCodes.h"
 
@@ -132,7 +133,6 @@ void Host::logError(const QString& source, const QString& text, const common::Er
 
 bool Host::Initialize()
 {
-    bool createdHere = false;
     ConnectionConfig config;
     try {
         if (!QDir().mkpath(m_options.dataPath))
@@ -149,31 +149,34 @@ bool Host::Initialize()
         if (connectionText.isEmpty())
             connectionText = QStringLiteral("sqlite:") + m_options.dataPath + QStringLiteral("xvelario.db");
         config = ConnectionConfig::fromText(connectionText);
-        createdHere = config.engine == Engine::SQLite && !QFileInfo::exists(config.sqlitePath);
+        // What lies where the database should be is looked at before it is opened: opening it for use
+        // would already change it, and our tables have no place in another program's file.
+        if (config.engine == Engine::SQLite) {
+            const QString refusal = data::foreignFileReason(config.sqlitePath);
+            if (!refusal.isEmpty())
+                throw RuntimeError(ErrorNumber::DatabaseError, refusal);
+        }
         m_db = std::make_unique<Database>(config);
         m_settings.clear();
         m_settingsRead = false;
-        const int before = data::migrate(*m_db);
-        if (before == 0 && createdHere && m_options.fillDemoData) {
-            const demo::DemoSummary summary = demo::fillDemoData(*m_db, demo::DemoOptions());
-            qCInfo(lcHost) << "demo data:" << summary.orders << "orders," << summary.movimentiRows << "rows";
+        {
+            // The schema and the first data go in together: a start that fails half-way leaves the
+            // database as empty as it found it, to be set up again on the next start.
+            Transaction setup(*m_db);
+            const int before = data::migrate(*m_db);
+            if (before == 0 && config.engine == Engine::SQLite && m_options.fillDemoData) {
+                const demo::DemoSummary summary = demo::fillDemoData(*m_db, demo::DemoOptions());
+                qCInfo(lcHost) << "demo data:" << summary.orders << "orders," << summary.movimentiRows
+                               << "rows";
+            }
+            setup.commit();
         }
         clearStaleLocks();
         return true;
     } catch (...) {
         const common::ErrorInfo info = common::describe(std::current_exception());
-        const QString line = QStringLiteral("%1\tInitialize\t%2\tErrore %3: %4")
-                                 .arg(QDateTime::currentDateTime().toString(Qt::ISODate), config.describe())
-                                 .arg(info.number)
-                                 .arg(info.description);
         m_db.reset();
-        // A database we created and could not finish must not be taken for a ready one next time.
-        if (createdHere) {
-            QFile::remove(config.sqlitePath);
-            QFile::remove(config.sqlitePath + QStringLiteral("-wal"));
-            QFile::remove(config.sqlitePath + QStringLiteral("-shm"));
-        }
-        writeLog(line);
+        logError(QStringLiteral("Initialize"), config.describe(), info);
         std::fprintf(stderr, "xVELARIO: impossibile avviare il collegamento ai dati: %s\n",
                      qPrintable(info.description));
         return false;
