@@ -58,6 +58,15 @@ QString withSeparator(QString path)
     return path;
 }
 
+// The order counter of the year, at 0 so that the first order is number 1; the document type is the
+// one order rows carry.
+void startCounters(Database& db, int year)
+{
+    db.executeBound(QStringLiteral("insert into numeratori (codtipodoc, tipodocumento, serie, numero) "
+                                   "values (?, ?, ?, 0)"),
+                    {QStringLiteral("CO"), QStringLiteral("COMM"), QString::number(year)});
+}
+
 } // namespace
 
 std::optional<Colour> parseColour(const QString& text)
@@ -146,7 +155,8 @@ bool Host::Initialize()
             const QSettings local(m_options.dataPath + QStringLiteral("xvelario.conf"), QSettings::IniFormat);
             connectionText = local.value(QStringLiteral("database/connection")).toString();
         }
-        if (connectionText.isEmpty())
+        const bool embeddedDefault = connectionText.isEmpty();
+        if (embeddedDefault)
             connectionText = QStringLiteral("sqlite:") + m_options.dataPath + QStringLiteral("xvelario.db");
         config = ConnectionConfig::fromText(connectionText);
         // What lies where the database should be is looked at before it is opened: opening it for use
@@ -164,10 +174,14 @@ bool Host::Initialize()
             // database as empty as it found it, to be set up again on the next start.
             Transaction setup(*m_db);
             const int before = data::migrate(*m_db);
-            if (before == 0 && config.engine == Engine::SQLite && m_options.fillDemoData) {
+            // Only the database nobody chose gets the demo shop: a database named for the shop is its
+            // real one and starts without orders, ready to number this year's first.
+            if (before == 0 && embeddedDefault && m_options.fillDemoData) {
                 const demo::DemoSummary summary = demo::fillDemoData(*m_db, demo::DemoOptions());
                 qCInfo(lcHost) << "demo data:" << summary.orders << "orders," << summary.movimentiRows
                                << "rows";
+            } else if (before == 0 && m_options.startCounters) {
+                startCounters(*m_db, QDate::currentDate().year());
             }
             setup.commit();
         }

@@ -17,7 +17,8 @@ struct HostOptions
 {
     QString dataPath;                      // folder of the log, the embedded database and local files
     std::optional<QString> connectionText; // where the data are; unset: configuration file, then embedded
-    bool fillDemoData = true;              // fill a newly created embedded database with a demo shop
+    bool fillDemoData = true;              // fill the embedded default database, when new, with a demo shop
+    bool startCounters = true;             // give any other new database this year's order counter
     QString userName;                      // empty: the operating system's user
     QString stationName;                   // empty: the machine's name
 
