@@ -107,7 +107,12 @@ Host::Host(HostOptions options) : m_options(std::move(options))
     m_options.dataPath = withSeparator(QDir::cleanPath(m_options.dataPath));
 }
 
-Host::~Host() = default;
+Host::~Host()
+{
+    // However the program ends, it leaves no lock behind on the order it had open.
+    if (m_db && m_lastLock)
+        ReleaseRecordLock(m_lastLock->window);
+}
 
 QString Host::logFilePath() const
 {

@@ -103,6 +103,16 @@ TEST_P(RecordLockTest, AStartClearsTheLocksLeftByThisWorkstationsEarlierRunOnly)
     EXPECT_EQ(lockedRecords(), QList<int>({43, 44})) << "live locks stay, of this workstation too";
 }
 
+TEST_P(RecordLockTest, AHostThatEndsReleasesTheLockItHeld)
+{
+    auto other = workstation("BANCO2", "anna");
+    ASSERT_EQ(other->LockRecord(7, 42, "movimenti"), "");
+    ASSERT_EQ(lockedRecords(), QList<int>({42}));
+    other.reset();
+    EXPECT_EQ(lockedRecords(), QList<int>());
+    EXPECT_EQ(h().LockRecord(101, 42, "movimenti"), "");
+}
+
 XV_INSTANTIATE_FOR_ENGINES(RecordLockTest);
 
 } // namespace
