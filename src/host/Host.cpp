@@ -9,7 +9,6 @@
 #include "data/Schema.h"
 #include "data/SqliteFile.h"
 #include "data/SqlText.h"
-#include "data/TypeCodes.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -36,7 +35,6 @@ using data::ConnectionConfig;
 using data::Engine;
 using data::Transaction;
 using data::sqlEscape;
-namespace TypeCode = data::TypeCode;
 
 namespace {
 
