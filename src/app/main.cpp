@@ -1,12 +1,34 @@
 // SPDX-License-Identifier: MIT
+#include "app/ExitSignals.h"
 #include "app/aMAIN.h"
 #include "app/mINIT_MODULO.h"
+#include "host/Services.h"
 #include "hostui/HostWindows.h"
 
 #include <QApplication>
 #include <QLocale>
 #include <QLoggingCategory>
 #include <QWidget>
+
+Q_LOGGING_CATEGORY(lcApp, "xv.app")
+
+namespace {
+
+// The form and the host's services hold widgets and database connections: they must go while the
+// application object still exists, on every way out of main, or the exit crashes in Qt's teardown.
+struct ReleaseBeforeTheApplication
+{
+    ReleaseBeforeTheApplication() = default;
+    ReleaseBeforeTheApplication(const ReleaseBeforeTheApplication&) = delete;
+    ReleaseBeforeTheApplication& operator=(const ReleaseBeforeTheApplication&) = delete;
+    ~ReleaseBeforeTheApplication()
+    {
+        xv::app::releaseProgramForm();
+        xv::host::resetServices();
+    }
+};
+
+} // namespace
 
 int main(int argc, char** argv)
 {
@@ -17,14 +39,17 @@ int main(int argc, char** argv)
     QApplication::setApplicationName(QStringLiteral("xVELARIO"));
     // The shop works in Italian: dates day first, money in euro, whatever the machine is set to.
     QLocale::setDefault(QLocale(QLocale::Italian, QLocale::Italy));
+    const ReleaseBeforeTheApplication release;
+    xv::app::installExitSignals();
 
     xv::hostui::installHostWindows();
     xv::app::Main();
     if (xv::app::programEndRequested())
         return 1;
     QWidget* form = xv::app::programForm();
-    if (!form || !form->isVisible())
+    if (!form || !form->isVisible() || xv::app::exitSignalled())
         return 0;
     form->setAttribute(Qt::WA_DeleteOnClose);
+    qCInfo(lcApp) << "the order form is open";
     return QApplication::exec();
 }

@@ -239,8 +239,25 @@ QStringList version1(Engine engine)
     return statements;
 }
 
+// A record lock names the session that holds it, so that a lock whose session has gone (a crashed or
+// killed workstation) can be told from a live one: the process and machine on SQLite, the server's
+// backend and its start on PostgreSQL, where a backend number is reused once its session ends.
+QStringList version2(Engine engine)
+{
+    const bool pg = engine == Engine::PostgreSQL;
+    QStringList statements{
+        // Locks taken before sessions were recorded cannot be checked; they would block for ever.
+        QStringLiteral("delete from blocchi_record"),
+        QStringLiteral("alter table blocchi_record add column processo %1").arg(sqlType(Kind::Integer, engine)),
+        QStringLiteral("alter table blocchi_record add column macchina %1").arg(sqlType(Kind::Text, engine)),
+    };
+    if (pg)
+        statements << QStringLiteral("alter table blocchi_record add column avvio timestamptz");
+    return statements;
+}
+
 using Migration = std::function<QStringList(Engine)>;
-const Migration kMigrations[] = {version1};
+const Migration kMigrations[] = {version1, version2};
 
 int typeCodeOfDeclared(const QString& declared)
 {

@@ -7,8 +7,8 @@
 #include "demo/DemoData.h"
 #include "host/Dialogs.h"
 #include "data/Schema.h"
+#include "data/SqliteFile.h"
 #include "data/SqlText.h"
-#include "data/TypeCodes.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -35,7 +35,6 @@ using data::ConnectionConfig;
 using data::Engine;
 using data::Transaction;
 using data::sqlEscape;
-namespace TypeCode = data::TypeCode;
 
 namespace {
 
@@ -55,6 +54,15 @@ QString withSeparator(QString path)
     if (!path.endsWith(QLatin1Char('/')) && !path.endsWith(QDir::separator()))
         path += QLatin1Char('/');
     return path;
+}
+
+// The order counter of the year, at 0 so that the first order is number 1; the document type is the
+// one order rows carry.
+void startCounters(Database& db, int year)
+{
+    db.executeBound(QStringLiteral("insert into numeratori (codtipodoc, tipodocumento, serie, numero) "
+                                   "values (?, ?, ?, 0)"),
+                    {QStringLiteral("CO"), QStringLiteral("COMM"), QString::number(year)});
 }
 
 } // namespace
@@ -97,7 +105,12 @@ Host::Host(HostOptions options) : m_options(std::move(options))
     m_options.dataPath = withSeparator(QDir::cleanPath(m_options.dataPath));
 }
 
-Host::~Host() = default;
+Host::~Host()
+{
+    // However the program ends, it leaves no lock behind on the order it had open.
+    if (m_db && m_lastLock)
+        ReleaseRecordLock(m_lastLock->window);
+}
 
 QString Host::logFilePath() const
 {
@@ -116,9 +129,22 @@ void Host::writeLog(const QString& line)
     }
 }
 
+void Host::logError(const QString& source, const QString& text, const common::ErrorInfo& info) noexcept
+{
+    try {
+        const QString description = QString(info.description).replace(QLatin1Char('\n'), QLatin1Char(' '));
+        writeLog(QStringLiteral("%1\t%2\t%3\tErrore %4: %5")
+                     .arg(QDateTime::currentDateTime().toString(Qt::ISODate), source, text)
+                     .arg(info.number)
+                     .arg(description));
+        qCWarning(lcHost).noquote() << source << text << info.number << description;
+    } catch (...) {
+        // Nothing is left to tell: the log itself failed.
+    }
+}
+
 bool Host::Initialize()
 {
-    bool createdHere = false;
     ConnectionConfig config;
     try {
         if (!QDir().mkpath(m_options.dataPath))
@@ -132,31 +158,42 @@ bool Host::Initialize()
             const QSettings local(m_options.dataPath + QStringLiteral("xvelario.conf"), QSettings::IniFormat);
             connectionText = local.value(QStringLiteral("database/connection")).toString();
         }
-        if (connectionText.isEmpty())
+        const bool embeddedDefault = connectionText.isEmpty();
+        if (embeddedDefault)
             connectionText = QStringLiteral("sqlite:") + m_options.dataPath + QStringLiteral("xvelario.db");
         config = ConnectionConfig::fromText(connectionText);
-        createdHere = config.engine == Engine::SQLite && !QFileInfo::exists(config.sqlitePath);
-        m_db = std::make_unique<Database>(config);
-        const int before = data::migrate(*m_db);
-        if (before == 0 && createdHere && m_options.fillDemoData) {
-            const demo::DemoSummary summary = demo::fillDemoData(*m_db, demo::DemoOptions());
-            qCInfo(lcHost) << "demo data:" << summary.orders << "orders," << summary.movimentiRows << "rows";
+        // What lies where the database should be is looked at before it is opened: opening it for use
+        // would already change it, and our tables have no place in another program's file.
+        if (config.engine == Engine::SQLite) {
+            const QString refusal = data::foreignFileReason(config.sqlitePath);
+            if (!refusal.isEmpty())
+                throw RuntimeError(ErrorNumber::DatabaseError, refusal);
         }
+        m_db = std::make_unique<Database>(config);
+        m_settings.clear();
+        m_settingsRead = false;
+        {
+            // The schema and the first data go in together: a start that fails half-way leaves the
+            // database as empty as it found it, to be set up again on the next start.
+            Transaction setup(*m_db);
+            const int before = data::migrate(*m_db);
+            // Only the database nobody chose gets the demo shop: a database named for the shop is its
+            // real one and starts without orders, ready to number this year's first.
+            if (before == 0 && embeddedDefault && m_options.fillDemoData) {
+                const demo::DemoSummary summary = demo::fillDemoData(*m_db, demo::DemoOptions());
+                qCInfo(lcHost) << "demo data:" << summary.orders << "orders," << summary.movimentiRows
+                               << "rows";
+            } else if (before == 0 && m_options.startCounters) {
+                startCounters(*m_db, QDate::currentDate().year());
+            }
+            setup.commit();
+        }
+        clearStaleLocks();
         return true;
     } catch (...) {
         const common::ErrorInfo info = common::describe(std::current_exception());
-        const QString line = QStringLiteral("%1\tInitialize\t%2\tErrore %3: %4")
-                                 .arg(QDateTime::currentDateTime().toString(Qt::ISODate), config.describe())
-                                 .arg(info.number)
-                                 .arg(info.description);
         m_db.reset();
-        // A database we created and could not finish must not be taken for a ready one next time.
-        if (createdHere) {
-            QFile::remove(config.sqlitePath);
-            QFile::remove(config.sqlitePath + QStringLiteral("-wal"));
-            QFile::remove(config.sqlitePath + QStringLiteral("-shm"));
-        }
-        writeLog(line);
+        logError(QStringLiteral("Initialize"), config.describe(), info);
         std::fprintf(stderr, "xVELARIO: impossibile avviare il collegamento ai dati: %s\n",
                      qPrintable(info.description));
         return false;
@@ -177,17 +214,50 @@ Database& Host::GetConnection()
     return *m_db;
 }
 
+namespace {
+
+QString settingKey(const QString& store, const QString& section, const QString& key)
+{
+    // The unit separator cannot occur in a name typed in the settings window.
+    return QStringList{store.toLower(), section.toLower(), key.toLower()}.join(QChar(0x1F));
+}
+
+} // namespace
+
+void Host::readSettings(const QString& source, const QString& text)
+{
+    m_settingsRead = true;
+    if (!m_db)
+        return;
+    try {
+        QHash<QString, QString> settings;
+        QSqlQuery query =
+            m_db->executeBound(QStringLiteral("select archivio, sezione, chiave, valore from impostazioni"));
+        while (query.next()) {
+            if (!query.value(3).isNull())
+                settings.insert(settingKey(query.value(0).toString(), query.value(1).toString(),
+                                           query.value(2).toString()),
+                                query.value(3).toString());
+        }
+        m_settings = std::move(settings);
+    } catch (...) {
+        // A setting must never stop the caller, least of all the error path asking for a title: what
+        // was read before stays, and a key never read answers its default.
+        logError(source, text, common::describe(std::current_exception()));
+    }
+}
+
 QString Host::GetSetting(const QString& section, const QString& key, const QString& defaultValue,
                          const QString& store)
 {
-    if (!m_db)
-        return defaultValue;
-    QSqlQuery query = m_db->executeBound(
-        QStringLiteral("select valore from impostazioni where archivio=? and sezione=? and chiave=?"),
-        {store.toLower(), section.toLower(), key.toLower()});
-    if (!query.next() || query.value(0).isNull())
-        return defaultValue;
-    return query.value(0).toString();
+    if (!m_settingsRead)
+        readSettings(QStringLiteral("GetSetting"), QStringList{store, section, key}.join(QLatin1Char('/')));
+    return m_settings.value(settingKey(store, section, key), defaultValue);
+}
+
+void Host::RefreshSettings()
+{
+    readSettings(QStringLiteral("RefreshSettings"), QString());
 }
 
 void Host::SaveSetting(const QString& section, const QString& key, const QString& value, const QString& store)
@@ -195,12 +265,15 @@ void Host::SaveSetting(const QString& section, const QString& key, const QString
     Database& db = GetConnection();
     Transaction transaction(db);
     const QVariantList keys{store.toLower(), section.toLower(), key.toLower()};
-    db.executeBound(QStringLiteral("delete from impostazioni where archivio=? and sezione=? and chiave=?"),
+    // Rows written by other tools may differ in case: they are the same setting.
+    db.executeBound(QStringLiteral("delete from impostazioni where lower(archivio)=? and lower(sezione)=? "
+                                   "and lower(chiave)=?"),
                     keys);
     db.executeBound(
         QStringLiteral("insert into impostazioni (archivio, sezione, chiave, valore) values (?,?,?,?)"),
         keys + QVariantList{value});
     transaction.commit();
+    m_settings.insert(settingKey(store, section, key), value);
 }
 
 Recordset Host::OpenRecordset(const QString& sql, int, int)
@@ -274,19 +347,33 @@ QString Host::GetStationName()
 
 void Host::ReportError(const QString& source, const QString& text, bool show)
 {
-    const common::ErrorInfo info = common::describe(std::current_exception());
-    writeLog(QStringLiteral("%1\t%2\t%3\tErrore %4: %5")
-                 .arg(QDateTime::currentDateTime().toString(Qt::ISODate), source, text)
-                 .arg(info.number)
-                 .arg(QString(info.description).replace(QLatin1Char('\n'), QLatin1Char(' '))));
-    qCWarning(lcHost).noquote() << source << text << info.number << info.description;
+    // The error path of every procedure ends here, often because the database failed: nothing in it
+    // may throw again, or the program would end and take what was typed with it.
+    common::ErrorInfo info;
+    try {
+        info = common::describe(std::current_exception());
+    } catch (...) {
+        info.description = QStringLiteral("Errore sconosciuto");
+    }
+    logError(source, text, info);
     if (!show)
         return;
-    QString message;
-    if (!text.isEmpty())
-        message += text + QStringLiteral("\n\n");
-    message += QStringLiteral("Errore n. %1: %2\nOrigine: %3").arg(info.number).arg(info.description, source);
-    Dialogs::message(message, Buttons::Ok, Icon::Critical, GetAppTitle());
+    QString title = kAppTitle;
+    try {
+        title = GetAppTitle();
+    } catch (...) {
+        logError(QStringLiteral("GetAppTitle"), QString(), common::describe(std::current_exception()));
+    }
+    try {
+        QString message;
+        if (!text.isEmpty())
+            message += text + QStringLiteral("\n\n");
+        message +=
+            QStringLiteral("Errore n. %1: %2\nOrigine: %3").arg(info.number).arg(info.description, source);
+        Dialogs::message(message, Buttons::Ok, Icon::Critical, title);
+    } catch (...) {
+        logError(QStringLiteral("ReportError"), source, common::describe(std::current_exception()));
+    }
 }
 
 QWidget* Host::AttachForm(QWidget* form, bool attach)
@@ -300,63 +387,6 @@ void Host::RegisterForm(QWidget* form)
 {
     m_form = form;
     Dialogs::setParent(form);
-}
-
-QString Host::LockRecord(quintptr window, qint32 number, const QString& table)
-{
-    try {
-        Database& db = GetConnection();
-        Transaction transaction(db);
-        QSqlQuery held = db.executeBound(
-            QStringLiteral(
-                "select finestra, postazione, utente, dal from blocchi_record where tabella=? and record=?"),
-            {table.toLower(), number});
-        if (held.next()) {
-            const bool mine =
-                held.value(0).toULongLong() == window && held.value(1).toString() == GetStationName();
-            if (mine)
-                return {};
-            return QStringLiteral("Il documento N. %1 è in uso da %2 sulla postazione %3 dal %4")
-                .arg(number)
-                .arg(held.value(2).toString(), held.value(1).toString(),
-                     data::variantText(QVariant(data::variantDateTime(held.value(3)))));
-        }
-        db.executeBound(
-            QStringLiteral("insert into blocchi_record (tabella, record, finestra, postazione, utente, dal) "
-                           "values (?,?,?,?,?,?)"),
-            {table.toLower(), number, QVariant::fromValue<qulonglong>(window), GetStationName(),
-             GetUserName(), db.toStorage(QDateTime::currentDateTime(), TypeCode::Date)});
-        transaction.commit();
-        m_lastLock = HeldLock{table.toLower(), number, window};
-        return {};
-    } catch (...) {
-        ReportError(QStringLiteral("LockRecord"), QString(), false);
-        return QStringLiteral("Errore");
-    }
-}
-
-bool Host::ReleaseRecordLock(quintptr window)
-{
-    try {
-        GetConnection().executeBound(
-            QStringLiteral("delete from blocchi_record where finestra=? and postazione=?"),
-            {QVariant::fromValue<qulonglong>(window), GetStationName()});
-        if (m_lastLock && m_lastLock->window == window)
-            m_lastLock.reset();
-        return true;
-    } catch (...) {
-        ReportError(QStringLiteral("ReleaseRecordLock"), QString(), false);
-        return false;
-    }
-}
-
-void Host::ClearRecordLock()
-{
-    if (!m_lastLock)
-        return;
-    GetConnection().executeBound(QStringLiteral("delete from blocchi_record where tabella=? and record=?"),
-                                 {m_lastLock->table, m_lastLock->number});
-    m_lastLock.reset();
 }
 
 bool Host::IsControlSlipMode()

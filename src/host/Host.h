@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "common/RuntimeError.h"
 #include "host/IHost.h"
 
+#include <QHash>
 #include <QPointer>
 #include <QWidget>
 
@@ -15,7 +17,8 @@ struct HostOptions
 {
     QString dataPath;                      // folder of the log, the embedded database and local files
     std::optional<QString> connectionText; // where the data are; unset: configuration file, then embedded
-    bool fillDemoData = true;              // fill a newly created embedded database with a demo shop
+    bool fillDemoData = true;              // fill the embedded default database, when new, with a demo shop
+    bool startCounters = true;             // give any other new database this year's order counter
     QString userName;                      // empty: the operating system's user
     QString stationName;                   // empty: the machine's name
 
@@ -36,6 +39,7 @@ public:
                        const QString& store) override;
     void SaveSetting(const QString& section, const QString& key, const QString& value,
                      const QString& store) override;
+    void RefreshSettings() override;
 
     Database& GetConnection() override;
     Recordset OpenRecordset(const QString& sql, int cursorType = -1, int lockType = 0) override;
@@ -88,11 +92,17 @@ public:
 
 private:
     void writeLog(const QString& line);
+    void logError(const QString& source, const QString& text, const common::ErrorInfo& info) noexcept;
     Colour colourSetting(const QString& key, Colour defaultColour);
     qint16 numberSetting(const QString& key, qint16 defaultValue);
+    void readSettings(const QString& source, const QString& text);
+    void clearStaleLocks();
 
     HostOptions m_options;
     std::unique_ptr<Database> m_db;
+    // The stored settings by store, section and key in lower case; read on first use.
+    QHash<QString, QString> m_settings;
+    bool m_settingsRead = false;
     QPointer<QWidget> m_form;
     struct HeldLock
     {

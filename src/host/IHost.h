@@ -70,6 +70,9 @@ public:
                                const QString& store) = 0;
     virtual void SaveSetting(const QString& section, const QString& key, const QString& value,
                              const QString& store) = 0;
+    // Settings are read once and kept, so a colour or a number costs no query; this reads them again,
+    // to pick up what another workstation changed. SaveSetting keeps the kept copy up to date.
+    virtual void RefreshSettings() = 0;
 
     virtual Database& GetConnection() = 0;
     // The cursor and lock arguments are kept for the callers' sake; every recordset is static.

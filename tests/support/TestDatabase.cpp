@@ -88,6 +88,7 @@ host::HostOptions TestDatabase::hostOptions() const
     options.dataPath = dataPath();
     options.connectionText = connectionText();
     options.fillDemoData = false;
+    options.startCounters = false; // each test writes the counters it needs
     options.userName = QStringLiteral("tester");
     options.stationName = QStringLiteral("BANCO1");
     return options;

@@ -31,7 +31,8 @@ public:
     QString dataPath() const { return m_dir.path() + QLatin1Char('/'); }
     QString connectionText() const;
     data::ConnectionConfig config() const { return data::ConnectionConfig::fromText(connectionText()); }
-    // Host options on this database, demo data off, a fixed operator and workstation.
+    // Host options on this database, bare tables (no demo data, no counters), a fixed operator and
+    // workstation.
     host::HostOptions hostOptions() const;
 
 private:
