@@ -205,8 +205,16 @@ void frm_Commissioni::savePlacement()
 
 void frm_Commissioni::closeEvent(QCloseEvent* event)
 {
+    // EXIT, Esc and the window's own close button all come through here.
+    bool cancel = false;
+    Form_QueryUnload(cancel, event->spontaneous() ? kUnloadFromWindowMenu : kUnloadFromCode);
+    if (cancel) {
+        event->ignore();
+        return;
+    }
     savePlacement();
     event->accept();
+    Form_Unload();
 }
 
 void frm_Commissioni::InitForm(quint8 phase)

@@ -32,6 +32,11 @@ namespace xv::form {
 // The suite's code of a key (113 for F2, 27 for Esc), which the keyboard table is written in.
 int suiteKeyCode(int qtKey);
 
+// How a close was asked for, as the form's closing question is told: the window's own close button, or
+// the program (EXIT, Esc).
+inline constexpr int kUnloadFromWindowMenu = 0;
+inline constexpr int kUnloadFromCode = 1;
+
 // The order form: the one window of the program. Its procedures keep the names the shop's staff
 // and the suite's other modules know them by; the rules they apply live in the orders and lines units.
 class frm_Commissioni : public QMainWindow
@@ -89,6 +94,9 @@ public:
     void tbComandiDocumento_ButtonClick(QAction* button);
     void tbComandiRighe_ButtonClick(QAction* button);
     void Form_KeyDown(int& keyCode, int shift);
+    // Closing asks first; cancel set keeps the form open with everything typed.
+    void Form_QueryUnload(bool& cancel, int unloadMode);
+    void Form_Unload();
 
     // The text of a status-bar panel, numbered from 1 as the panels are.
     QString statusPanelText(int panel) const;

@@ -5,6 +5,7 @@
 #include "ui_frm_Commissioni.h"
 
 #include "common/RuntimeError.h"
+#include "host/Dialogs.h"
 #include "host/Services.h"
 
 #include <QApplication>
@@ -131,6 +132,34 @@ void frm_Commissioni::Form_KeyDown(int& keyCode, int)
     } catch (...) {
         host::host().ReportError(QStringLiteral("Form_KeyDown"), QString(), true);
     }
+}
+
+void frm_Commissioni::Form_QueryUnload(bool& cancel, int)
+{
+    bool leaving = false;
+    try {
+        host::IHost& h = host::host();
+        leaving = host::Dialogs::message(QStringLiteral("Si desidera uscire?"), host::Buttons::YesNo,
+                                         host::Icon::Question, h.GetAppTitle()) == host::Answer::Yes;
+        if (!leaving) {
+            cancel = true;
+            return;
+        }
+        if (!h.ReleaseRecordLock(static_cast<quintptr>(winId())))
+            host::Dialogs::message(QStringLiteral("Errori rilevati durante l'eliminazione del record bloccato!"),
+                                   host::Buttons::Ok, host::Icon::Exclamation, h.GetAppTitle());
+    } catch (...) {
+        // A failure before the operator said Yes must not close the form on what was typed.
+        if (!leaving)
+            cancel = true;
+        host::host().ReportError(QStringLiteral("Form_QueryUnload"), QString(), true);
+    }
+}
+
+void frm_Commissioni::Form_Unload()
+{
+    // The form is the program: once it has gone, the run ends with a clean status.
+    QCoreApplication::exit(0);
 }
 
 } // namespace xv::form
