@@ -325,9 +325,20 @@ void frm_Commissioni::setBackground(QWidget* widget, host::Colour colour)
 
 bool frm_Commissioni::eventFilter(QObject* watched, QEvent* event)
 {
+    if (event->type() == QEvent::KeyRelease || event->type() == QEvent::ShortcutOverride) {
+        m_keyDelivery = {};
+        return false;
+    }
     if (event->type() == QEvent::KeyPress) {
         auto* widget = qobject_cast<QWidget*>(watched);
         if (widget && widget->window() == this && isEnabled()) {
+            // A key its receiver does not take is offered to each parent in turn, the same event again:
+            // the form acts on a key once, where it first arrives.
+            const bool offeredAgain = event == m_keyDelivery.event && m_keyDelivery.receiver &&
+                                      widget->isAncestorOf(m_keyDelivery.receiver);
+            m_keyDelivery = {event, widget};
+            if (offeredAgain)
+                return false;
             auto* key = static_cast<QKeyEvent*>(event);
             const bool functionKey =
                 (key->key() >= Qt::Key_F1 && key->key() <= Qt::Key_F12) || key->key() == Qt::Key_Escape;

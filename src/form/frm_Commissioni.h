@@ -9,6 +9,7 @@
 #include <QDateTime>
 #include <QMainWindow>
 #include <QMap>
+#include <QPointer>
 #include <QVector>
 
 #include <memory>
@@ -94,6 +95,8 @@ public:
     void tbComandiDocumento_ButtonClick(QAction* button);
     void tbComandiRighe_ButtonClick(QAction* button);
     void Form_KeyDown(int& keyCode, int shift);
+    // How many keys the form's key handling has run for, so that a test can see each key handled once.
+    int keysHandled() const { return m_keysHandled; }
     // Closing asks first; cancel set keeps the form open with everything typed.
     void Form_QueryUnload(bool& cancel, int unloadMode);
     void Form_Unload();
@@ -171,6 +174,14 @@ private:
     QString m_linesQuery;
     int m_nextLinePosition = 2;
     bool m_leavingField = false;
+    int m_keysHandled = 0;
+    // The key press being delivered and the widget it last reached, until the key is released.
+    struct KeyDelivery
+    {
+        const QEvent* event = nullptr;
+        QPointer<QWidget> receiver;
+    };
+    KeyDelivery m_keyDelivery;
 };
 
 } // namespace xv::form

@@ -90,6 +90,7 @@ void frm_Commissioni::tbComandiRighe_ButtonClick(QAction* button)
 
 void frm_Commissioni::Form_KeyDown(int& keyCode, int)
 {
+    ++m_keysHandled;
     try {
         switch (keyCode) {
         case kKeyF2:

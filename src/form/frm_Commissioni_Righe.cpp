@@ -71,15 +71,19 @@ void frm_Commissioni::Flex_RicalcolaRiga()
         host::IHost& h = host::host();
         FlexGrid* g = grid();
         const int remembered = g->rowSel();
+        // This runs after every key typed: the colours are asked once for all the lines, not per line.
+        const QColor locked = host::toQColor(h.GetLockedColor());
+        const QColor issued = host::toQColor(h.GetIssuedColor());
+        const QColor collected = host::toQColor(h.GetCollectedColor());
         QStringList quantities;
         for (int r = FirstDataRow; r < g->rows(); ++r) {
             g->setTextMatrix(r, Col_Riga, QString::number(r - 1));
-            g->setRowBackground(r, host::toQColor(h.GetLockedColor()));
+            g->setRowBackground(r, locked);
             const QString state = g->textMatrix(r, Col_StatoRiga).toLower();
             if (state == QLatin1String("emesso"))
-                g->setRowForeground(r, host::toQColor(h.GetIssuedColor()));
+                g->setRowForeground(r, issued);
             else if (state == QLatin1String("ritirato"))
-                g->setRowForeground(r, host::toQColor(h.GetCollectedColor()));
+                g->setRowForeground(r, collected);
             quantities << g->textMatrix(r, Col_qta);
         }
         if (remembered >= FirstDataRow && remembered < g->rows())

@@ -158,6 +158,9 @@ QColor FlexGridModel::background(int row) const
 void FlexGridModel::setBackground(int row, const QColor& colour)
 {
     checkRow(row);
+    // The lines are recoloured after every key: a row that keeps its colour is not repainted.
+    if (m_rows[row].background == colour)
+        return;
     m_rows[row].background = colour;
     rowChanged(row, {Qt::BackgroundRole});
 }
@@ -171,6 +174,8 @@ QColor FlexGridModel::foreground(int row) const
 void FlexGridModel::setForeground(int row, const QColor& colour)
 {
     checkRow(row);
+    if (m_rows[row].foreground == colour)
+        return;
     m_rows[row].foreground = colour;
     rowChanged(row, {Qt::ForegroundRole});
 }

@@ -26,6 +26,19 @@ using namespace xv;
 using data::Recordset;
 using form::frm_Commissioni;
 
+// The real host, counting how often the form asks it for the lines' colours.
+class ColourCountingHost : public host::Host
+{
+public:
+    using Host::Host;
+    host::Colour GetLockedColor() override { return ++locked, Host::GetLockedColor(); }
+    host::Colour GetIssuedColor() override { return ++issued, Host::GetIssuedColor(); }
+    host::Colour GetCollectedColor() override { return ++collected, Host::GetCollectedColor(); }
+    int locked = 0;
+    int issued = 0;
+    int collected = 0;
+};
+
 class FormKeysTest : public test::EngineTest
 {
 protected:
@@ -34,7 +47,7 @@ protected:
         EngineTest::SetUp();
         if (IsSkipped() || HasFatalFailure())
             return;
-        auto h = std::make_unique<host::Host>(database().hostOptions());
+        auto h = std::make_unique<ColourCountingHost>(database().hostOptions());
         m_host = h.get();
         ASSERT_TRUE(m_host->Initialize());
         host::setHost(std::move(h));
@@ -97,7 +110,7 @@ protected:
         return status;
     }
 
-    host::Host* m_host = nullptr;
+    ColourCountingHost* m_host = nullptr;
     std::unique_ptr<frm_Commissioni> m_form;
     int m_year = 0;
 };
@@ -158,6 +171,55 @@ TEST_P(FormKeysTest, YesClosesEvenWhenTheLockCannotBeReleased)
     EXPECT_FALSE(form.isVisible());
     ASSERT_EQ(dialogs.messages().size(), 2);
     EXPECT_EQ(dialogs.messages()[1].icon, host::Icon::Exclamation);
+}
+
+TEST_P(FormKeysTest, EveryKeyRunsTheFormsKeyHandlingOnceWhereverItGoes)
+{
+    test::ScriptedDialogs noBoxes;
+    frm_Commissioni& form = openNewOrder();
+    QLineEdit* persons = field("txt_soggettiEvento");
+    persons->setFocus();
+    QApplication::processEvents();
+    // A key the field does not take is offered to each of its parents in turn; the form acts on it once.
+    const std::pair<const char*, std::function<void()>> keys[] = {
+        {"letter", [&] { QTest::keyClick(persons, Qt::Key_M); }},
+        {"backspace", [&] { QTest::keyClick(persons, Qt::Key_Backspace); }},
+        {"arrow up, which no field takes", [&] { QTest::keyClick(persons, Qt::Key_Up); }},
+        {"page down", [&] { QTest::keyClick(persons, Qt::Key_PageDown); }},
+        {"letter through the window", [&] { QTest::keyClick(form.windowHandle(), Qt::Key_M); }},
+        {"arrow through the window", [&] { QTest::keyClick(form.windowHandle(), Qt::Key_Down); }},
+        {"F9 through the window", [&] { QTest::keyClick(form.windowHandle(), Qt::Key_F9); }},
+        {"letter to the form itself", [&] { QTest::keyClick(&form, Qt::Key_M); }},
+    };
+    for (const auto& [name, type] : keys) {
+        SCOPED_TRACE(name);
+        const int before = form.keysHandled();
+        type();
+        EXPECT_EQ(form.keysHandled(), before + 1);
+    }
+    // Held down, a key repeats: every repeat is a key of its own.
+    const int before = form.keysHandled();
+    const QString typed = persons->text();
+    QTest::keyPress(persons, Qt::Key_M);
+    QTest::simulateEvent(persons, true, Qt::Key_M, Qt::NoModifier, "m", true);
+    QTest::keyRelease(persons, Qt::Key_M);
+    EXPECT_EQ(form.keysHandled(), before + 2);
+    EXPECT_EQ(persons->text(), typed + "mm");
+}
+
+TEST_P(FormKeysTest, AKeyAsksForEachColourOfTheLinesOnceWhateverTheirNumber)
+{
+    test::ScriptedDialogs noBoxes;
+    frm_Commissioni& form = openOrderOf(15);
+    ASSERT_EQ(form.LineCount(), 15);
+    m_host->SaveSetting("Colori", "Emesso", "&H102030", "eKELA");
+    m_host->locked = m_host->issued = m_host->collected = 0;
+    QTest::keyClick(field("txt_numeroCommissione"), Qt::Key_Up);
+    EXPECT_EQ(m_host->locked, 1);
+    EXPECT_EQ(m_host->issued, 1);
+    EXPECT_EQ(m_host->collected, 1);
+    // The colours are still the shop's settings of the moment, read again at the next key.
+    EXPECT_EQ(form.grid()->rowForeground(2), QColor(0x30, 0x20, 0x10));
 }
 
 XV_INSTANTIATE_FOR_ENGINES(FormKeysTest);
