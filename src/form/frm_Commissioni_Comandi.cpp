@@ -103,6 +103,8 @@ void frm_Commissioni::Form_KeyDown(int& keyCode, int)
                 SetModificaTags();
             else
                 throw common::RuntimeError::notSupported(QStringLiteral("Documento_Salva"));
+            // As the toolbar's button does: the captions follow the new mode wherever the focus is.
+            StateOfButtons();
             break;
         case kKeyF5: {
             if (!m_documentBar.button(5)->isEnabled())

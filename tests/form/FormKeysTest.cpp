@@ -222,6 +222,32 @@ TEST_P(FormKeysTest, AKeyAsksForEachColourOfTheLinesOnceWhateverTheirNumber)
     EXPECT_EQ(form.grid()->rowForeground(2), QColor(0x30, 0x20, 0x10));
 }
 
+TEST_P(FormKeysTest, F3ShowsTheModifyCaptionsWhereverTheFocusIs)
+{
+    test::ScriptedDialogs noBoxes;
+    frm_Commissioni& form = openOrderOf(2);
+    const char* const receivers[] = {"flx_Movimenti", "chk_Biglietti", "chk_Confetti_0", "tbComandiDocumento"};
+    for (const char* name : receivers) {
+        SCOPED_TRACE(name);
+        if (form.ModeTag1() == "X") {
+            form.tbComandiDocumento_ButtonClick(documentButton(1)); // back to browse
+            QLineEdit* number = field("txt_numeroCommissione");
+            QTest::keyClicks(number, "21");
+            QTest::keyClick(number, Qt::Key_Return);
+        }
+        ASSERT_EQ(form.LineCount(), 2);
+        ASSERT_EQ(documentButton(2)->text(), "Modifica[F3]");
+        QWidget* receiver = form.findChild<QWidget*>(QString::fromLatin1(name));
+        ASSERT_NE(receiver, nullptr);
+        QTest::keyClick(receiver, Qt::Key_F3);
+        EXPECT_EQ(form.ModeTag1(), "X");
+        EXPECT_EQ(form.ModeTag2(), "A");
+        EXPECT_EQ(documentButton(1)->text(), "Annulla[F2]");
+        EXPECT_EQ(documentButton(2)->text(), "Aggiorna[F3]");
+        EXPECT_TRUE(field("txt_soggettiEvento")->isEnabled());
+    }
+}
+
 XV_INSTANTIATE_FOR_ENGINES(FormKeysTest);
 
 } // namespace
