@@ -146,6 +146,12 @@ void frm_Commissioni::setupControls()
         if (QWidget* buddy = label->buddy())
             buddy->setAccessibleName(label->text().remove(QLatin1Char('&')));
     }
+    // In the tight header a label is often the widest of its column, and one drawn with its access key
+    // underlined loses its last letter when given exactly the width it asks for.
+    for (QLabel* label : m_ui->fra_Main->findChildren<QLabel*>()) {
+        if (label->buddy())
+            label->setMinimumWidth(label->sizeHint().width() + 2);
+    }
     m_ui->txt_Acconto->setAccessibleName(QStringLiteral("Acconto"));
     m_ui->txt_Totale->setAccessibleName(QStringLiteral("Totale"));
 

@@ -230,6 +230,8 @@ FlexGrid::FlexGrid(QWidget* parent) : QTableView(parent), m_model(new FlexGridMo
     // Tab leaves the grid for the next field of the form, as the operators are used to.
     setTabKeyNavigation(false);
     setWordWrap(false);
+    // Lines as high as their text needs: a long order shows as many of them as the window can hold.
+    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
     // A right click is reported through rightButtonDown; the form shows its own menu from there.
     setContextMenuPolicy(Qt::PreventContextMenu);
 }

@@ -9,6 +9,7 @@
 #include "host/Host.h"
 #include "host/Services.h"
 #include "lines/FlexGrid.h"
+#include "lines/GridColumns.h"
 
 #include <QApplication>
 #include <QLineEdit>
@@ -246,6 +247,34 @@ TEST_P(FormKeysTest, F3ShowsTheModifyCaptionsWhereverTheFocusIs)
         EXPECT_EQ(documentButton(2)->text(), "Aggiorna[F3]");
         EXPECT_TRUE(field("txt_soggettiEvento")->isEnabled());
     }
+}
+
+TEST_P(FormKeysTest, AtTheSmallestCommonScreenTheGridShowsTenLinesOrMore)
+{
+    test::ScriptedDialogs noBoxes;
+    frm_Commissioni& form = openOrderOf(15);
+    form.resize(1366, 768);
+    QApplication::processEvents();
+    lines::FlexGrid* grid = form.grid();
+    ASSERT_EQ(form.LineCount(), 15);
+    auto wholeRows = [grid] {
+        grid->scrollToTop();
+        int whole = 0;
+        for (int r = lines::FirstDataRow; r < grid->rows(); ++r) {
+            const int top = grid->rowViewportPosition(r);
+            if (top >= 0 && top + grid->QTableView::rowHeight(r) <= grid->viewport()->height())
+                ++whole;
+        }
+        return whole;
+    };
+    EXPECT_GE(wholeRows(), 10) << "grid viewport " << grid->viewport()->height() << " px high";
+
+    // Changing the order, with both of the article panel's warnings up, leaves the grid as high.
+    QTest::keyClick(field("txt_numeroCommissione"), Qt::Key_F3);
+    for (const char* warning : {"lblInfo_29", "lbl_MsgCodice"})
+        form.findChild<QWidget*>(warning)->show();
+    QApplication::processEvents();
+    EXPECT_GE(wholeRows(), 10) << "grid viewport " << grid->viewport()->height() << " px high";
 }
 
 XV_INSTANTIATE_FOR_ENGINES(FormKeysTest);
