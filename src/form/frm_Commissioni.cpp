@@ -149,6 +149,12 @@ void frm_Commissioni::setupControls()
         if (QWidget* buddy = label->buddy())
             buddy->setAccessibleName(label->text().remove(QLatin1Char('&')));
     }
+    // In the tight header a label is often the widest of its column, and one drawn with its access key
+    // underlined loses its last letter when given exactly the width it asks for.
+    for (QLabel* label : m_ui->fra_Main->findChildren<QLabel*>()) {
+        if (label->buddy())
+            label->setMinimumWidth(label->sizeHint().width() + 2);
+    }
     m_ui->txt_Acconto->setAccessibleName(QStringLiteral("Acconto"));
     m_ui->txt_Totale->setAccessibleName(QStringLiteral("Totale"));
 
@@ -208,8 +214,16 @@ void frm_Commissioni::savePlacement()
 
 void frm_Commissioni::closeEvent(QCloseEvent* event)
 {
+    // EXIT, Esc and the window's own close button all come through here.
+    bool cancel = false;
+    Form_QueryUnload(cancel, event->spontaneous() ? kUnloadFromWindowMenu : kUnloadFromCode);
+    if (cancel) {
+        event->ignore();
+        return;
+    }
     savePlacement();
     event->accept();
+    Form_Unload();
 }
 
 void frm_Commissioni::InitForm(quint8 phase)
@@ -320,9 +334,20 @@ void frm_Commissioni::setBackground(QWidget* widget, host::Colour colour)
 
 bool frm_Commissioni::eventFilter(QObject* watched, QEvent* event)
 {
+    if (event->type() == QEvent::KeyRelease || event->type() == QEvent::ShortcutOverride) {
+        m_keyDelivery = {};
+        return false;
+    }
     if (event->type() == QEvent::KeyPress) {
         auto* widget = qobject_cast<QWidget*>(watched);
         if (widget && widget->window() == this && isEnabled()) {
+            // A key its receiver does not take is offered to each parent in turn, the same event again:
+            // the form acts on a key once, where it first arrives.
+            const bool offeredAgain = event == m_keyDelivery.event && m_keyDelivery.receiver &&
+                                      widget->isAncestorOf(m_keyDelivery.receiver);
+            m_keyDelivery = {event, widget};
+            if (offeredAgain)
+                return false;
             auto* key = static_cast<QKeyEvent*>(event);
             const bool functionKey =
                 (key->key() >= Qt::Key_F1 && key->key() <= Qt::Key_F12) || key->key() == Qt::Key_Escape;

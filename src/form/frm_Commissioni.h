@@ -9,6 +9,7 @@
 #include <QDateTime>
 #include <QMainWindow>
 #include <QMap>
+#include <QPointer>
 #include <QVector>
 
 #include <functional>
@@ -32,6 +33,11 @@ namespace xv::form {
 
 // The suite's code of a key (113 for F2, 27 for Esc), which the keyboard table is written in.
 int suiteKeyCode(int qtKey);
+
+// How a close was asked for, as the form's closing question is told: the window's own close button, or
+// the program (EXIT, Esc).
+inline constexpr int kUnloadFromWindowMenu = 0;
+inline constexpr int kUnloadFromCode = 1;
 
 // The order form: the one window of the program. Its procedures keep the names the shop's staff
 // and the suite's other modules know them by; the rules they apply live in the orders and lines units.
@@ -93,6 +99,11 @@ public:
     void tbComandiDocumento_ButtonClick(QAction* button);
     void tbComandiRighe_ButtonClick(QAction* button);
     void Form_KeyDown(int& keyCode, int shift);
+    // How many keys the form's key handling has run for, so that a test can see each key handled once.
+    int keysHandled() const { return m_keysHandled; }
+    // Closing asks first; cancel set keeps the form open with everything typed.
+    void Form_QueryUnload(bool& cancel, int unloadMode);
+    void Form_Unload();
 
     // The text of a status-bar panel, numbered from 1 as the panels are.
     QString statusPanelText(int panel) const;
@@ -155,6 +166,14 @@ private:
     QString m_linesQuery;
     int m_nextLinePosition = 2;
     bool m_leavingField = false;
+    int m_keysHandled = 0;
+    // The key press being delivered and the widget it last reached, until the key is released.
+    struct KeyDelivery
+    {
+        const QEvent* event = nullptr;
+        QPointer<QWidget> receiver;
+    };
+    KeyDelivery m_keyDelivery;
 };
 
 } // namespace xv::form

@@ -1,22 +1,19 @@
 // SPDX-License-Identifier: MIT
-// The lines grid, the totals, the accessories and the commands of the two toolbars and the keyboard.
+// The lines grid, the totals and the accessories.
 #include "frm_Commissioni.h"
 
 #include "ui_frm_Commissioni.h"
 
-#include "common/RuntimeError.h"
 #include "host/Services.h"
 #include "lines/FlexGrid.h"
 #include "lines/GridColumns.h"
 #include "lines/Totals.h"
 
-#include <QApplication>
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QLabel>
 #include <QMenu>
 #include <QRadioButton>
-#include <QToolButton>
 
 namespace xv::form {
 
@@ -26,25 +23,7 @@ namespace {
 
 constexpr host::Colour kWhite = 0xFFFFFF;
 
-// The suite's key codes, which the form's keyboard table is written in.
-constexpr int kKeyEscape = 27;
-constexpr int kKeyF2 = 113;
-constexpr int kKeyF3 = 114;
-constexpr int kKeyF5 = 116;
-constexpr int kKeyF9 = 120;
-
 } // namespace
-
-int suiteKeyCode(int qtKey)
-{
-    if (qtKey >= Qt::Key_F1 && qtKey <= Qt::Key_F12)
-        return 112 + (qtKey - Qt::Key_F1);
-    if (qtKey == Qt::Key_Escape)
-        return kKeyEscape;
-    if (qtKey == Qt::Key_Return || qtKey == Qt::Key_Enter)
-        return 13;
-    return qtKey;
-}
 
 void frm_Commissioni::Flex_Init()
 {
@@ -92,15 +71,19 @@ void frm_Commissioni::Flex_RicalcolaRiga()
         host::IHost& h = host::host();
         FlexGrid* g = grid();
         const int remembered = g->rowSel();
+        // This runs after every key typed: the colours are asked once for all the lines, not per line.
+        const QColor locked = host::toQColor(h.GetLockedColor());
+        const QColor issued = host::toQColor(h.GetIssuedColor());
+        const QColor collected = host::toQColor(h.GetCollectedColor());
         QStringList quantities;
         for (int r = FirstDataRow; r < g->rows(); ++r) {
             g->setTextMatrix(r, Col_Riga, QString::number(r - 1));
-            g->setRowBackground(r, host::toQColor(h.GetLockedColor()));
+            g->setRowBackground(r, locked);
             const QString state = g->textMatrix(r, Col_StatoRiga).toLower();
             if (state == QLatin1String("emesso"))
-                g->setRowForeground(r, host::toQColor(h.GetIssuedColor()));
+                g->setRowForeground(r, issued);
             else if (state == QLatin1String("ritirato"))
-                g->setRowForeground(r, host::toQColor(h.GetCollectedColor()));
+                g->setRowForeground(r, collected);
             quantities << g->textMatrix(r, Col_qta);
         }
         if (remembered >= FirstDataRow && remembered < g->rows())
@@ -178,105 +161,6 @@ void frm_Commissioni::opt_Amuleto_Click(int index)
 {
     setTag(lblInfo(6), QString::number(index));
     m_order.amuleto = QString::number(index);
-}
-
-void frm_Commissioni::tbComandiDocumento_ButtonClick(QAction* button)
-{
-    const QString key = KeyedToolBar::keyOf(button);
-    try {
-        QApplication::setOverrideCursor(Qt::WaitCursor);
-        if (key == QLatin1String("NEW")) {
-            NuovoAnnulla(button);
-            StateOfButtons();
-        } else if (key == QLatin1String("MODIFY")) {
-            if (tagOf(m_documentBar.button(2)) == QLatin1String("M"))
-                SetModificaTags();
-            else
-                throw common::RuntimeError::notSupported(QStringLiteral("Documento_Salva"));
-            StateOfButtons();
-        } else if (key == QLatin1String("DELETE")) {
-            throw common::RuntimeError::notSupported(QStringLiteral("SalvaAggiornaElimina"));
-        } else if (key == QLatin1String("FIND")) {
-            Documento_Trova();
-            StateOfButtons();
-        } else if (key == QLatin1String("PRINT")) {
-            throw common::RuntimeError::notSupported(QStringLiteral("Documento_StampaRicevutaRitiro"));
-        } else if (key == QLatin1String("EXIT")) {
-            close();
-        }
-        AbilitaRighe();
-        while (QApplication::overrideCursor())
-            QApplication::restoreOverrideCursor();
-    } catch (...) {
-        // The hourglass stays until the next command, as it always has after an error here.
-        host::host().ReportError(QStringLiteral("tbComandiDocumento_ButtonClick"), QStringLiteral("Pulsante: ") + key,
-                                 true);
-    }
-}
-
-void frm_Commissioni::tbComandiRighe_ButtonClick(QAction* button)
-{
-    const QString key = KeyedToolBar::keyOf(button);
-    try {
-        if (key == QLatin1String("RESET"))
-            Flex_Init();
-        else if (key == QLatin1String("ADD") || key == QLatin1String("EDIT"))
-            throw common::RuntimeError::notSupported(QStringLiteral("Flex_AggiungiRiga"));
-        else if (key == QLatin1String("REMOVE"))
-            throw common::RuntimeError::notSupported(QStringLiteral("Flex_EliminaRiga"));
-        Flex_RicalcolaRiga();
-        Flex_RicalcolaTotali();
-        StateOfButtons();
-    } catch (...) {
-        host::host().ReportError(QStringLiteral("tbComandiRighe_ButtonClick"), QStringLiteral("PULSANTE: ") + key,
-                                 true);
-    }
-}
-
-void frm_Commissioni::Form_KeyDown(int& keyCode, int)
-{
-    try {
-        switch (keyCode) {
-        case kKeyF2:
-            NuovoAnnulla(m_documentBar.button(1));
-            break;
-        case kKeyF3:
-            if (!m_documentBar.button(2)->isEnabled())
-                return;
-            if (tagOf(m_documentBar.button(2)) == QLatin1String("M"))
-                SetModificaTags();
-            else
-                throw common::RuntimeError::notSupported(QStringLiteral("Documento_Salva"));
-            break;
-        case kKeyF5: {
-            if (!m_documentBar.button(5)->isEnabled())
-                return;
-            // Only from the toolbar's buttons, or with no field active: typing in a field never searches.
-            const QWidget* active = QApplication::focusWidget();
-            if (!active || active->window() != this || qobject_cast<const QToolButton*>(active)) {
-                Documento_Trova();
-                return;
-            }
-            break;
-        }
-        case kKeyF9:
-            if (!m_linesBar.button(5)->isEnabled())
-                return;
-            Flex_Init();
-            break;
-        case kKeyEscape:
-            close();
-            return;
-        default:
-            break;
-        }
-        Flex_RicalcolaRiga();
-        Flex_RicalcolaTotali();
-        if (m_ui->fra_Main->isEnabled())
-            StateOfButtons();
-    } catch (...) {
-        host::host().ReportError(QStringLiteral("Form_KeyDown"), QString(), true);
-    }
 }
 
 } // namespace xv::form

@@ -158,6 +158,9 @@ QColor FlexGridModel::background(int row) const
 void FlexGridModel::setBackground(int row, const QColor& colour)
 {
     checkRow(row);
+    // The lines are recoloured after every key: a row that keeps its colour is not repainted.
+    if (m_rows[row].background == colour)
+        return;
     m_rows[row].background = colour;
     rowChanged(row, {Qt::BackgroundRole});
 }
@@ -171,6 +174,8 @@ QColor FlexGridModel::foreground(int row) const
 void FlexGridModel::setForeground(int row, const QColor& colour)
 {
     checkRow(row);
+    if (m_rows[row].foreground == colour)
+        return;
     m_rows[row].foreground = colour;
     rowChanged(row, {Qt::ForegroundRole});
 }
@@ -225,6 +230,8 @@ FlexGrid::FlexGrid(QWidget* parent) : QTableView(parent), m_model(new FlexGridMo
     // Tab leaves the grid for the next field of the form, as the operators are used to.
     setTabKeyNavigation(false);
     setWordWrap(false);
+    // Lines as high as their text needs: a long order shows as many of them as the window can hold.
+    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
     // A right click is reported through rightButtonDown; the form shows its own menu from there.
     setContextMenuPolicy(Qt::PreventContextMenu);
 }

@@ -124,6 +124,33 @@ TEST_F(FlexGridTest, RowColoursAndAlignmentReachTheView)
               (Qt::AlignRight | Qt::AlignVCenter).toInt());
 }
 
+TEST_F(FlexGridTest, RecolouringLinesSignalsOnlyTheRowsThatChange)
+{
+    addLines(50);
+    for (int r = FirstDataRow; r < m_grid.rows(); ++r) {
+        m_grid.setRowBackground(r, Qt::yellow);
+        m_grid.setRowForeground(r, Qt::red);
+    }
+    QSignalSpy changed(m_grid.gridModel(), &QAbstractItemModel::dataChanged);
+    for (int r = FirstDataRow; r < m_grid.rows(); ++r) {
+        m_grid.setRowBackground(r, Qt::yellow);
+        m_grid.setRowForeground(r, r == 10 ? QColor(Qt::blue) : QColor(Qt::red));
+    }
+    ASSERT_EQ(changed.size(), 1);
+    EXPECT_EQ(changed[0][0].toModelIndex().row(), 10);
+    EXPECT_EQ(m_grid.rowForeground(10), QColor(Qt::blue));
+}
+
+TEST_F(FlexGridTest, LinesAreNoHigherThanTheirTextNeeds)
+{
+    addLines(3);
+    const int text = m_grid.fontMetrics().height();
+    for (int r = FirstDataRow; r < m_grid.rows(); ++r) {
+        EXPECT_GE(m_grid.QTableView::rowHeight(r), text);
+        EXPECT_LE(m_grid.QTableView::rowHeight(r), text + 6);
+    }
+}
+
 TEST_F(FlexGridTest, KeyboardMovesTheOneSelectedRow)
 {
     addLines(4);
