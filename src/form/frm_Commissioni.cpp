@@ -252,6 +252,8 @@ void frm_Commissioni::InitForm(quint8 phase)
 void frm_Commissioni::GET_Impostazioni()
 {
     try {
+        // Another workstation may have changed the shop's settings since they were last read.
+        host::host().RefreshSettings();
         m_settings = orders::readModuleSettings(host::host());
         QFont font = m_ui->txt_numeroCommissione->font();
         font.setPointSize(16);
