@@ -267,11 +267,18 @@ const Article& Generator::anyOf(Family family)
 // A favour box first, then what goes with it in the order a shop assistant writes it down.
 std::vector<Line> Generator::orderLines(bool withApostrophe)
 {
-    const int count = m_dice.weighted(kLineWeights) + 1;
     std::vector<Family> extras = {Family::Astucci, Family::Confetti, Family::Biglietti, Family::Fazzoletti,
                                   Family::Bomboniere};
-    m_dice.shuffle(extras);
-    extras.resize(static_cast<std::size_t>(count - 1));
+    if (m_dice.between(1, kLargeOrderOneIn) == 1) {
+        // A large wedding: favours for several tables, sugared almonds in several colours.
+        extras = {Family::Astucci,    Family::Astucci,    Family::Confetti,   Family::Confetti,
+                  Family::Confetti,   Family::Biglietti,  Family::Fazzoletti, Family::Bomboniere,
+                  Family::Bomboniere, Family::Bomboniere, Family::Bomboniere};
+    } else {
+        const int count = m_dice.weighted(kLineWeights) + 1;
+        m_dice.shuffle(extras);
+        extras.resize(static_cast<std::size_t>(count - 1));
+    }
     std::sort(extras.begin(), extras.end(), [](Family a, Family b) {
         // Favour box extras (for the witnesses) go last.
         const auto rank = [](Family f) { return f == Family::Bomboniere ? 99 : static_cast<int>(f); };
