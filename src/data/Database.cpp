@@ -180,10 +180,21 @@ int Database::rowsAffected(const QString& suiteSql)
     return execute(suiteSql).numRowsAffected();
 }
 
+// The outermost level is a real transaction; each inner one is a savepoint, so an inner failure undoes
+// only its own work and the caller's transaction stays open to commit or roll back as it decides.
+QString Database::savepointName(int level)
+{
+    return QStringLiteral("xv_livello_%1").arg(level);
+}
+
 void Database::beginTransaction()
 {
-    if (m_transactionDepth == 0 && !handle().transaction())
-        fail(handle().lastError(), QStringLiteral("BEGIN"));
+    if (m_transactionDepth == 0) {
+        if (!handle().transaction())
+            fail(handle().lastError(), QStringLiteral("BEGIN"));
+    } else {
+        executeBound(QStringLiteral("SAVEPOINT ") + savepointName(m_transactionDepth));
+    }
     ++m_transactionDepth;
 }
 
@@ -191,8 +202,12 @@ void Database::commit()
 {
     if (m_transactionDepth == 0)
         throw RuntimeError(ErrorNumber::InvalidProcedureCall, QStringLiteral("Nessuna transazione aperta"));
-    if (m_transactionDepth == 1 && !handle().commit())
-        fail(handle().lastError(), QStringLiteral("COMMIT"));
+    if (m_transactionDepth == 1) {
+        if (!handle().commit())
+            fail(handle().lastError(), QStringLiteral("COMMIT"));
+    } else {
+        executeBound(QStringLiteral("RELEASE SAVEPOINT ") + savepointName(m_transactionDepth - 1));
+    }
     --m_transactionDepth;
 }
 
@@ -200,7 +215,19 @@ void Database::rollback()
 {
     if (m_transactionDepth == 0)
         return;
-    // A nested rollback undoes the whole outer transaction: nothing half-written may survive it.
+    if (m_transactionDepth > 1) {
+        const QString savepoint = savepointName(m_transactionDepth - 1);
+        try {
+            executeBound(QStringLiteral("ROLLBACK TO SAVEPOINT ") + savepoint);
+            executeBound(QStringLiteral("RELEASE SAVEPOINT ") + savepoint);
+            --m_transactionDepth;
+            return;
+        } catch (const RuntimeError& e) {
+            // Whatever the inner level wrote may still be there: the whole transaction goes, and the
+            // outer levels find it gone when they try to commit.
+            qCWarning(lcDb) << "rollback to savepoint failed, rolling back everything:" << e.description();
+        }
+    }
     m_transactionDepth = 0;
     if (!handle().rollback())
         fail(handle().lastError(), QStringLiteral("ROLLBACK"));

@@ -321,6 +321,9 @@ int migrate(Database& db)
                            QStringLiteral("Il database è di una versione più recente del programma (%1 > %2)")
                                .arg(before)
                                .arg(latestSchemaVersion()));
+    // A database already current is only read: no transaction is opened for it.
+    if (before == latestSchemaVersion() && db.engine() == Engine::SQLite)
+        return before;
     Transaction transaction(db);
     // The dialect's functions are replaced on every start, so a newer program brings its fixes to an
     // existing database. Their bodies are native SQL and must not pass through the dialect rewrite.

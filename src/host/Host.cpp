@@ -306,7 +306,6 @@ QString Host::LockRecord(quintptr window, qint32 number, const QString& table)
 {
     try {
         Database& db = GetConnection();
-        Transaction transaction(db);
         QSqlQuery held = db.executeBound(
             QStringLiteral(
                 "select finestra, postazione, utente, dal from blocchi_record where tabella=? and record=?"),
@@ -321,6 +320,7 @@ QString Host::LockRecord(quintptr window, qint32 number, const QString& table)
                 .arg(held.value(2).toString(), held.value(1).toString(),
                      data::variantText(QVariant(data::variantDateTime(held.value(3)))));
         }
+        Transaction transaction(db);
         db.executeBound(
             QStringLiteral("insert into blocchi_record (tabella, record, finestra, postazione, utente, dal) "
                            "values (?,?,?,?,?,?)"),
