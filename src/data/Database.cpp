@@ -10,6 +10,9 @@
 #include <QRegularExpression>
 #include <QSqlDriver>
 #include <QSqlError>
+#include <QTimeZone>
+
+#include <cstdlib>
 
 Q_LOGGING_CATEGORY(lcDb, "xv.host.db")
 
@@ -31,6 +34,21 @@ QString nextConnectionName()
     const QString text = error.text().trimmed();
     throw RuntimeError(ErrorNumber::DatabaseError,
                        statement.isEmpty() ? text : QStringLiteral("%1\n[%2]").arg(text, statement));
+}
+
+// A backslash in a quoted value must be an ordinary character, or a name ending in one would end the
+// literal. It is asked for when the session starts, not only set afterwards, because the driver decides
+// once at connect whether to double backslashes in the values it binds. Options the operator gives in
+// PGOPTIONS are kept in front, so this one wins.
+QString conformingStringsOption()
+{
+    QString options = qEnvironmentVariable("PGOPTIONS").trimmed();
+    if (!options.isEmpty())
+        options += QLatin1Char(' ');
+    options += QStringLiteral("-c standard_conforming_strings=on");
+    options.replace(QLatin1Char('\\'), QLatin1String("\\\\"));
+    options.replace(QLatin1Char('\''), QLatin1String("\\'"));
+    return QLatin1Char('\'') + options + QLatin1Char('\'');
 }
 
 } // namespace
@@ -106,7 +124,7 @@ Database::Database(const ConnectionConfig& config) : m_config(config), m_connect
         db.setDatabaseName(config.databaseName);
         db.setUserName(config.user);
         db.setPassword(config.password);
-        db.setConnectOptions(QStringLiteral("connect_timeout=10"));
+        db.setConnectOptions(QStringLiteral("connect_timeout=10;options=") + conformingStringsOption());
     }
     if (!db.open()) {
         const QSqlError error = db.lastError();
@@ -124,8 +142,31 @@ Database::Database(const ConnectionConfig& config) : m_config(config), m_connect
         if (!config.schema.isEmpty())
             executeBound(QStringLiteral("SET search_path TO %1").arg(config.schema));
         executeBound(QStringLiteral("SET datestyle TO 'ISO, DMY'"));
+        executeBound(QStringLiteral("SET standard_conforming_strings = on"));
+        setWorkstationTimeZone();
     }
     qCDebug(lcDb) << "opened" << config.describe();
+}
+
+// The session reads the times of now() and of date-times handed over with a zone in the workstation's own
+// zone, whatever the server or PGTZ say; a zone the server does not know falls back to the present offset.
+void Database::setWorkstationTimeZone()
+{
+    const QString zone = QString::fromUtf8(QTimeZone::systemTimeZoneId());
+    if (!zone.isEmpty()) {
+        try {
+            executeBound(QStringLiteral("select set_config('TimeZone', ?, false)"), {zone});
+            return;
+        } catch (const RuntimeError& e) {
+            qCWarning(lcDb) << "time zone" << zone << "unknown to the server:" << e.description();
+        }
+    }
+    const int offset = QDateTime::currentDateTime().offsetFromUtc();
+    const int minutes = std::abs(offset) / 60;
+    executeBound(QStringLiteral("SET TIME ZONE INTERVAL '%1%2:%3' HOUR TO MINUTE")
+                     .arg(offset < 0 ? QLatin1Char('-') : QLatin1Char('+'))
+                     .arg(minutes / 60, 2, 10, QLatin1Char('0'))
+                     .arg(minutes % 60, 2, 10, QLatin1Char('0')));
 }
 
 Database::~Database()
@@ -245,9 +286,9 @@ QVariant Database::toStorage(const QVariant& value, int typeCode) const
             when = value.toDateTime();
         else
             return value;
-        if (m_config.engine == Engine::SQLite)
-            return when.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
-        return when;
+        // The wall-clock time as the workstation reads it, to the second, on both engines: a zone-less
+        // text is stored as it stands, where a date-time with a zone would be shifted into the session's.
+        return when.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
     }
     return value;
 }

@@ -60,6 +60,7 @@ public:
 
 private:
     static QString savepointName(int level);
+    void setWorkstationTimeZone();
     QSqlQuery prepareAndRun(const QString& nativeSql, const QVariantList& values);
 
     ConnectionConfig m_config;
