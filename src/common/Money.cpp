@@ -254,6 +254,14 @@ Money Money::fromDecimalText(const QString& text)
     throw RuntimeError::typeMismatch(text);
 }
 
+std::optional<Money> Money::tryParseDecimalText(const QString& text)
+{
+    bool overflow = false;
+    if (auto units = parseDecimal(text, &overflow))
+        return Money(*units);
+    return std::nullopt;
+}
+
 QString Money::toDecimalText() const
 {
     const Wide magnitude = magnitudeOf(m_raw);

@@ -32,6 +32,7 @@ public:
 
     // Plain '.'-decimal text with all four decimals, the form the database stores and logs show.
     static Money fromDecimalText(const QString& text);
+    static std::optional<Money> tryParseDecimalText(const QString& text);
     QString toDecimalText() const;
 
     // Two decimals, the fourth-decimal amount rounded halves to even; an amount that rounds to zero shows

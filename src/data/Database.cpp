@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Database.h"
 
+#include "common/Dates.h"
+#include "common/Money.h"
 #include "common/RuntimeError.h"
 #include "data/TypeCodes.h"
 
@@ -274,23 +276,71 @@ void Database::rollback()
         fail(handle().lastError(), QStringLiteral("ROLLBACK"));
 }
 
-QVariant Database::toStorage(const QVariant& value, int typeCode) const
+QVariant Database::toStorage(const QVariant& value, int typeCode, const QString& column) const
 {
     if (value.isNull() || !value.isValid())
         return value;
-    if (typeCode == TypeCode::Date) {
-        QDateTime when;
-        if (value.metaType().id() == QMetaType::QDate)
-            when = value.toDate().startOfDay();
-        else if (value.metaType().id() == QMetaType::QDateTime)
-            when = value.toDateTime();
-        else
-            return value;
-        // The wall-clock time as the workstation reads it, to the second, on both engines: a zone-less
-        // text is stored as it stands, where a date-time with a zone would be shifted into the session's.
-        return when.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
-    }
+    if (typeCode == TypeCode::Date)
+        return storedDate(value, column);
+    if (typeCode == TypeCode::Currency)
+        return storedAmount(value, column);
     return value;
+}
+
+// A date column takes a date, or the text a date column itself gives back ("2026-11-23 10:30:00"); a
+// date as people write it ("23/11/2026") would be kept as a text the engines cannot compare as a date.
+QVariant Database::storedDate(const QVariant& value, const QString& column) const
+{
+    static const QRegularExpression storedForm(
+        QStringLiteral("^[0-9]{4}-[0-9]{2}-[0-9]{2}([ T][0-9]{2}:[0-9]{2}(:[0-9]{2}([.][0-9]+)?)?)?$"));
+    QDateTime when;
+    switch (value.metaType().id()) {
+    case QMetaType::QDate:
+        when = value.toDate().startOfDay();
+        break;
+    case QMetaType::QDateTime:
+        when = value.toDateTime();
+        break;
+    case QMetaType::QString:
+        if (storedForm.match(value.toString()).hasMatch())
+            when = common::parseDateTime(value.toString()).value_or(QDateTime());
+        break;
+    default:
+        break;
+    }
+    if (!when.isValid())
+        throw RuntimeError(ErrorNumber::TypeMismatch,
+                           QStringLiteral("Tipo non corrispondente: '%1' non è una data (campo %2)")
+                               .arg(value.toString(), column));
+    // The wall-clock time as the workstation reads it, to the second, on both engines: a zone-less
+    // text is stored as it stands, where a date-time with a zone would be shifted into the session's.
+    return when.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+}
+
+// A currency column takes a number, or plain decimal text with a point as amounts are stored; currency
+// text as shown ("12,34 €") would be kept as text on SQLite.
+QVariant Database::storedAmount(const QVariant& value, const QString& column) const
+{
+    switch (value.metaType().id()) {
+    case QMetaType::Short:
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong:
+    case QMetaType::Float:
+    case QMetaType::Double:
+        return value;
+    case QMetaType::QString:
+        if (const auto amount = common::Money::tryParseDecimalText(value.toString()))
+            return m_config.engine == Engine::SQLite ? QVariant(amount->toDouble())
+                                                     : QVariant(amount->toDecimalText());
+        break;
+    default:
+        break;
+    }
+    throw RuntimeError(ErrorNumber::TypeMismatch,
+                       QStringLiteral("Tipo non corrispondente: '%1' non è un importo (campo %2)")
+                           .arg(value.toString(), column));
 }
 
 Transaction::Transaction(Database& db) : m_db(db)

@@ -55,12 +55,15 @@ public:
     bool inTransaction() const { return m_transactionDepth > 0; }
     int transactionDepth() const { return m_transactionDepth; }
 
-    // How a value is handed to the engine for a column of the given type code.
-    QVariant toStorage(const QVariant& value, int typeCode) const;
+    // How a value is handed to the engine for a column of the given type code. A value a date or currency
+    // column would keep as foreign text is a type mismatch naming the column.
+    QVariant toStorage(const QVariant& value, int typeCode, const QString& column = {}) const;
 
 private:
     static QString savepointName(int level);
     void setWorkstationTimeZone();
+    QVariant storedDate(const QVariant& value, const QString& column) const;
+    QVariant storedAmount(const QVariant& value, const QString& column) const;
     QSqlQuery prepareAndRun(const QString& nativeSql, const QVariantList& values);
 
     ConnectionConfig m_config;

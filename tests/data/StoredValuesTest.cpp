@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "TestDatabase.h"
 
+#include "common/Money.h"
+#include "common/RuntimeError.h"
 #include "data/Database.h"
 #include "data/Recordset.h"
 #include "data/Schema.h"
@@ -9,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -93,6 +96,40 @@ TEST_P(StoredValuesTest, ABackslashBeforeAQuoteIsKeptLiterally)
     EXPECT_EQ(rs.text("ragsoc"), name);
     rs.moveNext();
     EXPECT_EQ(rs.text("ragsoc"), name);
+}
+
+TEST_P(StoredValuesTest, TextIsRefusedWhereADateOrAnAmountIsWritten)
+{
+    const auto db = connect();
+    const std::pair<const char*, const char16_t*> refused[] = {
+        {"datadocumento", u"23/11/2026"}, {"attrib05", u"domani"},  {"Datadal", u"2026-11-23 25:00"},
+        {"prezzo", u"12,34 \u20ac"},        {"totale", u"12,34"},      {"prezzo2", u""},
+    };
+    for (const auto& [column, text] : refused) {
+        SCOPED_TRACE(column);
+        Recordset table = Recordset::openTable(*db, "movimenti");
+        table.addNew();
+        table.setValue("numero", "1");
+        table.setValue(column, QString::fromUtf16(text));
+        try {
+            table.update();
+            ADD_FAILURE() << "the text must be refused";
+        } catch (const common::RuntimeError& e) {
+            EXPECT_EQ(e.number(), 13);
+            EXPECT_TRUE(e.description().contains(column, Qt::CaseInsensitive)) << e.description().toStdString();
+        }
+    }
+    EXPECT_EQ(Recordset::open(*db, "select count(*) from movimenti").value(0).toInt(), 0);
+
+    // What the columns themselves give back is taken.
+    Recordset table = Recordset::openTable(*db, "movimenti");
+    table.addNew();
+    table.setValue("datadocumento", "2026-11-23 10:30:00");
+    table.setValue("prezzo", "12.3400");
+    table.update();
+    Recordset rs = Recordset::open(*db, "select datadocumento, prezzo from movimenti");
+    EXPECT_EQ(rs.dateTime("datadocumento"), QDateTime(QDate(2026, 11, 23), QTime(10, 30)));
+    EXPECT_EQ(rs.money("prezzo"), common::Money::fromRaw(123400));
 }
 
 XV_INSTANTIATE_FOR_ENGINES(StoredValuesTest);
