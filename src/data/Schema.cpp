@@ -304,8 +304,8 @@ bool tableExists(Database& db, const QString& table)
 {
     QSqlQuery exists =
         db.engine() == Engine::SQLite
-            ? db.executeBound(QStringLiteral("select count(*) from sqlite_master where type='table' and name=?"),
-                              {table})
+            ? db.executeBound(
+                  QStringLiteral("select count(*) from sqlite_master where type='table' and name=?"), {table})
             : db.executeBound(QStringLiteral("select count(*) from pg_catalog.pg_tables "
                                              "where schemaname = current_schema() and tablename = ?"),
                               {table});

@@ -59,8 +59,8 @@ TEST_P(StoredValuesTest, DatesComeBackUnchangedWhenTheServerCountsTimeInAnotherZ
     const auto db = connect();
     const QDateTime midnight(QDate(2026, 2, 28), QTime(0, 0));
     const QDateTime current = QDateTime::currentDateTime();
-    const QDateTime now(current.date(), QTime(current.time().hour(), current.time().minute(),
-                                              current.time().second()));
+    const QDateTime now(current.date(),
+                        QTime(current.time().hour(), current.time().minute(), current.time().second()));
 
     Recordset table = Recordset::openTable(*db, "movimenti");
     table.addNew();
@@ -77,10 +77,11 @@ TEST_P(StoredValuesTest, DatesComeBackUnchangedWhenTheServerCountsTimeInAnotherZ
     EXPECT_EQ(rs.dateTime("attrib05"), midnight);
     EXPECT_LE(std::abs(rs.dateTime("oradal").secsTo(QDateTime::currentDateTime())), 60)
         << "the statement's now is the workstation's: " << rs.text("oradal").toStdString();
-    EXPECT_EQ(Recordset::open(*db, "select count(*) from movimenti where datadocumento=DateValue('28/02/2026')")
-                  .value(0)
-                  .toInt(),
-              1);
+    EXPECT_EQ(
+        Recordset::open(*db, "select count(*) from movimenti where datadocumento=DateValue('28/02/2026')")
+            .value(0)
+            .toInt(),
+        1);
 }
 
 TEST_P(StoredValuesTest, ABackslashBeforeAQuoteIsKeptLiterally)
@@ -91,7 +92,8 @@ TEST_P(StoredValuesTest, ABackslashBeforeAQuoteIsKeptLiterally)
     db->execute("insert into controparti (ragsoc) values ('" + sqlEscape(name) + "')");
     db->executeBound("insert into controparti (ragsoc) values (?)", {name});
 
-    Recordset rs = Recordset::open(*db, "select ragsoc from controparti where ragsoc='" + sqlEscape(name) + "'");
+    Recordset rs =
+        Recordset::open(*db, "select ragsoc from controparti where ragsoc='" + sqlEscape(name) + "'");
     ASSERT_EQ(rs.recordCount(), 2);
     EXPECT_EQ(rs.text("ragsoc"), name);
     rs.moveNext();
@@ -102,8 +104,8 @@ TEST_P(StoredValuesTest, TextIsRefusedWhereADateOrAnAmountIsWritten)
 {
     const auto db = connect();
     const std::pair<const char*, const char16_t*> refused[] = {
-        {"datadocumento", u"23/11/2026"}, {"attrib05", u"domani"},  {"Datadal", u"2026-11-23 25:00"},
-        {"prezzo", u"12,34 \u20ac"},        {"totale", u"12,34"},      {"prezzo2", u""},
+        {"datadocumento", u"23/11/2026"}, {"attrib05", u"domani"}, {"Datadal", u"2026-11-23 25:00"},
+        {"prezzo", u"12,34 \u20ac"},      {"totale", u"12,34"},    {"prezzo2", u""},
     };
     for (const auto& [column, text] : refused) {
         SCOPED_TRACE(column);
@@ -116,7 +118,8 @@ TEST_P(StoredValuesTest, TextIsRefusedWhereADateOrAnAmountIsWritten)
             ADD_FAILURE() << "the text must be refused";
         } catch (const common::RuntimeError& e) {
             EXPECT_EQ(e.number(), 13);
-            EXPECT_TRUE(e.description().contains(column, Qt::CaseInsensitive)) << e.description().toStdString();
+            EXPECT_TRUE(e.description().contains(column, Qt::CaseInsensitive))
+                << e.description().toStdString();
         }
     }
     EXPECT_EQ(Recordset::open(*db, "select count(*) from movimenti").value(0).toInt(), 0);
