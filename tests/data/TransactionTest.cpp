@@ -47,21 +47,6 @@ TEST_P(TransactionTest, AnInnerRollbackUndoesOnlyTheInnerWorkAndTheOuterOneCarri
     EXPECT_FALSE(db().inTransaction());
 }
 
-TEST_P(TransactionTest, WhatFollowsAnInnerRollbackIsStillUndoneWithTheOuterOne)
-{
-    {
-        Transaction outer(db());
-        insert("1");
-        {
-            Transaction inner(db());
-            insert("2");
-        }
-        insert("3");
-    } // the outer one is left without commit too
-    EXPECT_EQ(numbers(), QStringList());
-    EXPECT_FALSE(db().inTransaction());
-}
-
 // PostgreSQL refuses every statement of a transaction after one failed; the inner level's rollback
 // must bring the outer one back to a usable state.
 TEST_P(TransactionTest, AFailedStatementInsideAnInnerLevelLeavesTheOuterOneUsable)
