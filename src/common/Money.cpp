@@ -3,6 +3,8 @@
 
 #include "RuntimeError.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -35,6 +37,13 @@ Wide divideHalfToEven(Wide value, Wide divisor)
     if (twiceRemainder > divisor || (twiceRemainder == divisor && quotient % 2 != 0))
         return quotient + 1;
     return quotient;
+}
+
+// Shop staff and the regional currency format round a half cent up in size, whatever its sign.
+Wide divideHalfAwayFromZero(Wide magnitude, Wide divisor)
+{
+    const Wide quotient = magnitude / divisor;
+    return (magnitude % divisor) * 2 >= divisor ? quotient + 1 : quotient;
 }
 
 std::optional<qint64> signedAmount(bool negative, Wide magnitude)
@@ -158,6 +167,21 @@ bool readLocaleNumber(QStringView core, const QLocale& locale, QString* intDigit
     return at == core.size() && !(intDigits->isEmpty() && fracDigits->isEmpty());
 }
 
+// Staff type "2.50" for two euros fifty where the locale writes "2,50": a lone point followed by one or two
+// digits can only be a decimal point, since grouping puts three digits after it ("1.234" stays grouped).
+bool readLoneDecimalPoint(QStringView core, const QLocale& locale, QString* intDigits, QString* fracDigits)
+{
+    static const QRegularExpression lonePoint(QStringLiteral("^([0-9]+)[.]([0-9]{1,2})$"));
+    if (locale.decimalPoint() == QLatin1String("."))
+        return false;
+    const QRegularExpressionMatch match = lonePoint.match(core);
+    if (!match.hasMatch())
+        return false;
+    *intDigits = match.captured(1);
+    *fracDigits = match.captured(2);
+    return true;
+}
+
 std::optional<qint64> parseCurrency(QStringView text, const QLocale& locale, bool* overflow)
 {
     const QStringList symbols = {locale.currencySymbol(QLocale::CurrencyIsoCode),
@@ -195,7 +219,8 @@ std::optional<qint64> parseCurrency(QStringView text, const QLocale& locale, boo
 
     QString intDigits;
     QString fracDigits;
-    if (!readLocaleNumber(rest, locale, &intDigits, &fracDigits))
+    if (!readLoneDecimalPoint(rest, locale, &intDigits, &fracDigits) &&
+        !readLocaleNumber(rest, locale, &intDigits, &fracDigits))
         return std::nullopt;
     auto units = unitsFromDigits(negative, intDigits, fracDigits);
     *overflow = !units;
@@ -254,6 +279,14 @@ Money Money::fromDecimalText(const QString& text)
     throw RuntimeError::typeMismatch(text);
 }
 
+std::optional<Money> Money::tryParseDecimalText(const QString& text)
+{
+    bool overflow = false;
+    if (auto units = parseDecimal(text, &overflow))
+        return Money(*units);
+    return std::nullopt;
+}
+
 QString Money::toDecimalText() const
 {
     const Wide magnitude = magnitudeOf(m_raw);
@@ -267,7 +300,7 @@ QString Money::toDecimalText() const
 
 QString Money::toCurrencyText(const QLocale& locale) const
 {
-    const Wide cents = divideHalfToEven(magnitudeOf(m_raw), Scale / 100);
+    const Wide cents = divideHalfAwayFromZero(magnitudeOf(m_raw), Scale / 100);
     const auto whole = static_cast<qint64>(cents / 100);
     const int fraction = static_cast<int>(cents % 100);
     const QString number = locale.toString(whole) + locale.decimalPoint() + locale.toString(fraction / 10) +

@@ -25,17 +25,19 @@ public:
     // fifth decimal rounds halves to even the way a person would expect from the printed number.
     static Money fromDouble(double value);
 
-    // Currency text of the locale: symbol or ISO code on either side, blanks around them, a leading or
-    // trailing sign or parentheses for negatives, grouping only in whole groups of three digits.
+    // Currency text of the locale: symbol or ISO code on either side, with or without blanks around them,
+    // a leading or trailing sign or parentheses for negatives, grouping only in whole groups of three
+    // digits. A lone point followed by one or two digits is read as the decimal separator ("2.50").
     static Money parse(const QString& text, const QLocale& locale = QLocale());
     static std::optional<Money> tryParse(const QString& text, const QLocale& locale = QLocale());
 
     // Plain '.'-decimal text with all four decimals, the form the database stores and logs show.
     static Money fromDecimalText(const QString& text);
+    static std::optional<Money> tryParseDecimalText(const QString& text);
     QString toDecimalText() const;
 
-    // Two decimals, the fourth-decimal amount rounded halves to even; an amount that rounds to zero shows
-    // no minus sign.
+    // Two decimals, halves rounded away from zero ("0,985" shows "0,99", "-0,985" shows "-0,99"); an
+    // amount that rounds to zero shows no minus sign.
     QString toCurrencyText(const QLocale& locale = QLocale()) const;
 
     constexpr qint64 raw() const { return m_raw; }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Database.h"
 
+#include "common/Dates.h"
+#include "common/Money.h"
 #include "common/RuntimeError.h"
 #include "data/TypeCodes.h"
 
@@ -10,6 +12,9 @@
 #include <QRegularExpression>
 #include <QSqlDriver>
 #include <QSqlError>
+#include <QTimeZone>
+
+#include <cstdlib>
 
 Q_LOGGING_CATEGORY(lcDb, "xv.host.db")
 
@@ -31,6 +36,21 @@ QString nextConnectionName()
     const QString text = error.text().trimmed();
     throw RuntimeError(ErrorNumber::DatabaseError,
                        statement.isEmpty() ? text : QStringLiteral("%1\n[%2]").arg(text, statement));
+}
+
+// A backslash in a quoted value must be an ordinary character, or a name ending in one would end the
+// literal. It is asked for when the session starts, not only set afterwards, because the driver decides
+// once at connect whether to double backslashes in the values it binds. Options the operator gives in
+// PGOPTIONS are kept in front, so this one wins.
+QString conformingStringsOption()
+{
+    QString options = qEnvironmentVariable("PGOPTIONS").trimmed();
+    if (!options.isEmpty())
+        options += QLatin1Char(' ');
+    options += QStringLiteral("-c standard_conforming_strings=on");
+    options.replace(QLatin1Char('\\'), QLatin1String("\\\\"));
+    options.replace(QLatin1Char('\''), QLatin1String("\\'"));
+    return QLatin1Char('\'') + options + QLatin1Char('\'');
 }
 
 } // namespace
@@ -106,7 +126,7 @@ Database::Database(const ConnectionConfig& config) : m_config(config), m_connect
         db.setDatabaseName(config.databaseName);
         db.setUserName(config.user);
         db.setPassword(config.password);
-        db.setConnectOptions(QStringLiteral("connect_timeout=10"));
+        db.setConnectOptions(QStringLiteral("connect_timeout=10;options=") + conformingStringsOption());
     }
     if (!db.open()) {
         const QSqlError error = db.lastError();
@@ -124,8 +144,31 @@ Database::Database(const ConnectionConfig& config) : m_config(config), m_connect
         if (!config.schema.isEmpty())
             executeBound(QStringLiteral("SET search_path TO %1").arg(config.schema));
         executeBound(QStringLiteral("SET datestyle TO 'ISO, DMY'"));
+        executeBound(QStringLiteral("SET standard_conforming_strings = on"));
+        setWorkstationTimeZone();
     }
     qCDebug(lcDb) << "opened" << config.describe();
+}
+
+// The session reads the times of now() and of date-times handed over with a zone in the workstation's own
+// zone, whatever the server or PGTZ say; a zone the server does not know falls back to the present offset.
+void Database::setWorkstationTimeZone()
+{
+    const QString zone = QString::fromUtf8(QTimeZone::systemTimeZoneId());
+    if (!zone.isEmpty()) {
+        try {
+            executeBound(QStringLiteral("select set_config('TimeZone', ?, false)"), {zone});
+            return;
+        } catch (const RuntimeError& e) {
+            qCWarning(lcDb) << "time zone" << zone << "unknown to the server:" << e.description();
+        }
+    }
+    const int offset = QDateTime::currentDateTime().offsetFromUtc();
+    const int minutes = std::abs(offset) / 60;
+    executeBound(QStringLiteral("SET TIME ZONE INTERVAL '%1%2:%3' HOUR TO MINUTE")
+                     .arg(offset < 0 ? QLatin1Char('-') : QLatin1Char('+'))
+                     .arg(minutes / 60, 2, 10, QLatin1Char('0'))
+                     .arg(minutes % 60, 2, 10, QLatin1Char('0')));
 }
 
 Database::~Database()
@@ -180,10 +223,21 @@ int Database::rowsAffected(const QString& suiteSql)
     return execute(suiteSql).numRowsAffected();
 }
 
+// The outermost level is a real transaction; each inner one is a savepoint, so an inner failure undoes
+// only its own work and the caller's transaction stays open to commit or roll back as it decides.
+QString Database::savepointName(int level)
+{
+    return QStringLiteral("xv_livello_%1").arg(level);
+}
+
 void Database::beginTransaction()
 {
-    if (m_transactionDepth == 0 && !handle().transaction())
-        fail(handle().lastError(), QStringLiteral("BEGIN"));
+    if (m_transactionDepth == 0) {
+        if (!handle().transaction())
+            fail(handle().lastError(), QStringLiteral("BEGIN"));
+    } else {
+        executeBound(QStringLiteral("SAVEPOINT ") + savepointName(m_transactionDepth));
+    }
     ++m_transactionDepth;
 }
 
@@ -191,8 +245,12 @@ void Database::commit()
 {
     if (m_transactionDepth == 0)
         throw RuntimeError(ErrorNumber::InvalidProcedureCall, QStringLiteral("Nessuna transazione aperta"));
-    if (m_transactionDepth == 1 && !handle().commit())
-        fail(handle().lastError(), QStringLiteral("COMMIT"));
+    if (m_transactionDepth == 1) {
+        if (!handle().commit())
+            fail(handle().lastError(), QStringLiteral("COMMIT"));
+    } else {
+        executeBound(QStringLiteral("RELEASE SAVEPOINT ") + savepointName(m_transactionDepth - 1));
+    }
     --m_transactionDepth;
 }
 
@@ -200,29 +258,89 @@ void Database::rollback()
 {
     if (m_transactionDepth == 0)
         return;
-    // A nested rollback undoes the whole outer transaction: nothing half-written may survive it.
+    if (m_transactionDepth > 1) {
+        const QString savepoint = savepointName(m_transactionDepth - 1);
+        try {
+            executeBound(QStringLiteral("ROLLBACK TO SAVEPOINT ") + savepoint);
+            executeBound(QStringLiteral("RELEASE SAVEPOINT ") + savepoint);
+            --m_transactionDepth;
+            return;
+        } catch (const RuntimeError& e) {
+            // Whatever the inner level wrote may still be there: the whole transaction goes, and the
+            // outer levels find it gone when they try to commit.
+            qCWarning(lcDb) << "rollback to savepoint failed, rolling back everything:" << e.description();
+        }
+    }
     m_transactionDepth = 0;
     if (!handle().rollback())
         fail(handle().lastError(), QStringLiteral("ROLLBACK"));
 }
 
-QVariant Database::toStorage(const QVariant& value, int typeCode) const
+QVariant Database::toStorage(const QVariant& value, int typeCode, const QString& column) const
 {
     if (value.isNull() || !value.isValid())
         return value;
-    if (typeCode == TypeCode::Date) {
-        QDateTime when;
-        if (value.metaType().id() == QMetaType::QDate)
-            when = value.toDate().startOfDay();
-        else if (value.metaType().id() == QMetaType::QDateTime)
-            when = value.toDateTime();
-        else
-            return value;
-        if (m_config.engine == Engine::SQLite)
-            return when.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
-        return when;
-    }
+    if (typeCode == TypeCode::Date)
+        return storedDate(value, column);
+    if (typeCode == TypeCode::Currency)
+        return storedAmount(value, column);
     return value;
+}
+
+// A date column takes a date, or the text a date column itself gives back ("2026-11-23 10:30:00"); a
+// date as people write it ("23/11/2026") would be kept as a text the engines cannot compare as a date.
+QVariant Database::storedDate(const QVariant& value, const QString& column) const
+{
+    static const QRegularExpression storedForm(
+        QStringLiteral("^[0-9]{4}-[0-9]{2}-[0-9]{2}([ T][0-9]{2}:[0-9]{2}(:[0-9]{2}([.][0-9]+)?)?)?$"));
+    QDateTime when;
+    switch (value.metaType().id()) {
+    case QMetaType::QDate:
+        when = value.toDate().startOfDay();
+        break;
+    case QMetaType::QDateTime:
+        when = value.toDateTime();
+        break;
+    case QMetaType::QString:
+        if (storedForm.match(value.toString()).hasMatch())
+            when = common::parseDateTime(value.toString()).value_or(QDateTime());
+        break;
+    default:
+        break;
+    }
+    if (!when.isValid())
+        throw RuntimeError(ErrorNumber::TypeMismatch,
+                           QStringLiteral("Tipo non corrispondente: '%1' non è una data (campo %2)")
+                               .arg(value.toString(), column));
+    // The wall-clock time as the workstation reads it, to the second, on both engines: a zone-less
+    // text is stored as it stands, where a date-time with a zone would be shifted into the session's.
+    return when.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+}
+
+// A currency column takes a number, or plain decimal text with a point as amounts are stored; currency
+// text as shown ("12,34 €") would be kept as text on SQLite.
+QVariant Database::storedAmount(const QVariant& value, const QString& column) const
+{
+    switch (value.metaType().id()) {
+    case QMetaType::Short:
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong:
+    case QMetaType::Float:
+    case QMetaType::Double:
+        return value;
+    case QMetaType::QString:
+        if (const auto amount = common::Money::tryParseDecimalText(value.toString()))
+            return m_config.engine == Engine::SQLite ? QVariant(amount->toDouble())
+                                                     : QVariant(amount->toDecimalText());
+        break;
+    default:
+        break;
+    }
+    throw RuntimeError(ErrorNumber::TypeMismatch,
+                       QStringLiteral("Tipo non corrispondente: '%1' non è un importo (campo %2)")
+                           .arg(value.toString(), column));
 }
 
 Transaction::Transaction(Database& db) : m_db(db)

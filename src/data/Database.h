@@ -47,15 +47,23 @@ public:
     QSqlQuery executeBound(const QString& nativeSql, const QVariantList& values = {});
     int rowsAffected(const QString& suiteSql);
 
+    // Transactions nest: an inner level is a savepoint of the outer one. commit() and rollback() end the
+    // innermost level only; rolling back the outermost one is a real ROLLBACK.
     void beginTransaction();
     void commit();
     void rollback();
     bool inTransaction() const { return m_transactionDepth > 0; }
+    int transactionDepth() const { return m_transactionDepth; }
 
-    // How a value is handed to the engine for a column of the given type code.
-    QVariant toStorage(const QVariant& value, int typeCode) const;
+    // How a value is handed to the engine for a column of the given type code. A value a date or currency
+    // column would keep as foreign text is a type mismatch naming the column.
+    QVariant toStorage(const QVariant& value, int typeCode, const QString& column = {}) const;
 
 private:
+    static QString savepointName(int level);
+    void setWorkstationTimeZone();
+    QVariant storedDate(const QVariant& value, const QString& column) const;
+    QVariant storedAmount(const QVariant& value, const QString& column) const;
     QSqlQuery prepareAndRun(const QString& nativeSql, const QVariantList& values);
 
     ConnectionConfig m_config;
@@ -64,6 +72,7 @@ private:
 };
 
 // Rolls back unless commit() was called: an early return or an exception never leaves half a write.
+// Opened while another is open, it undoes only its own work and leaves the outer one open.
 class Transaction
 {
 public:

@@ -324,7 +324,7 @@ void Recordset::update()
         // QVariant without a value means NULL.
         if (value.metaType().id() == QMetaType::QString && value.toString().isNull())
             value = QString(QLatin1String(""));
-        values << m_db->toStorage(value, m_typeCodes.value(i, TypeCode::Text));
+        values << m_db->toStorage(value, m_typeCodes.value(i, TypeCode::Text), m_fields[i]);
     }
     if (m_editMode == EditMode::AddNew) {
         QString placeholders;

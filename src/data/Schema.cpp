@@ -315,16 +315,62 @@ int latestSchemaVersion()
     return static_cast<int>(std::size(kMigrations));
 }
 
-int schemaVersion(Database& db)
+namespace {
+
+bool tableExists(Database& db, const QString& table)
 {
     QSqlQuery exists =
         db.engine() == Engine::SQLite
-            ? db.executeBound(QStringLiteral(
-                  "select count(*) from sqlite_master where type='table' and name='versione_schema'"))
-            : db.executeBound(
-                  QStringLiteral("select count(*) from information_schema.tables "
-                                 "where table_schema = current_schema() and table_name = 'versione_schema'"));
-    if (!exists.next() || exists.value(0).toInt() == 0)
+            ? db.executeBound(
+                  QStringLiteral("select count(*) from sqlite_master where type='table' and name=?"), {table})
+            : db.executeBound(QStringLiteral("select count(*) from pg_catalog.pg_tables "
+                                             "where schemaname = current_schema() and tablename = ?"),
+                              {table});
+    return exists.next() && exists.value(0).toInt() > 0;
+}
+
+// The fingerprint of the function definitions the database holds, empty when it holds none of ours.
+QString storedFunctionsFingerprint(Database& db)
+{
+    if (!tableExists(db, QStringLiteral("impronta_funzioni")))
+        return {};
+    QSqlQuery query = db.executeBound(QStringLiteral("select impronta from impronta_funzioni"));
+    return query.next() ? query.value(0).toString() : QString();
+}
+
+bool functionsCurrent(Database& db)
+{
+    return db.engine() == Engine::SQLite || storedFunctionsFingerprint(db) == postgresFunctionsFingerprint();
+}
+
+// Replacing a function needs its owner, and two sessions replacing the same one at once collide: so they
+// are replaced only when the program brings other definitions than those stored.
+void replaceFunctions(Database& db)
+{
+    qCInfo(lcSchema) << "replacing the SQL functions";
+    // Their bodies are native SQL and must not pass through the dialect rewrite.
+    for (const QString& definition : postgresFunctionDefinitions())
+        db.executeBound(definition);
+    db.executeBound(QStringLiteral("create table if not exists impronta_funzioni (impronta text not null)"));
+    db.executeBound(QStringLiteral("delete from impronta_funzioni"));
+    db.executeBound(QStringLiteral("insert into impronta_funzioni (impronta) values (?)"),
+                    {postgresFunctionsFingerprint()});
+}
+
+void requireNotNewer(int version)
+{
+    if (version > latestSchemaVersion())
+        throw RuntimeError(ErrorNumber::DatabaseError,
+                           QStringLiteral("Il database è di una versione più recente del programma (%1 > %2)")
+                               .arg(version)
+                               .arg(latestSchemaVersion()));
+}
+
+} // namespace
+
+int schemaVersion(Database& db)
+{
+    if (!tableExists(db, QStringLiteral("versione_schema")))
         return 0;
     QSqlQuery query = db.executeBound(QStringLiteral("select max(versione) from versione_schema"));
     return query.next() ? query.value(0).toInt() : 0;
@@ -332,18 +378,21 @@ int schemaVersion(Database& db)
 
 int migrate(Database& db)
 {
-    const int before = schemaVersion(db);
-    if (before > latestSchemaVersion())
-        throw RuntimeError(ErrorNumber::DatabaseError,
-                           QStringLiteral("Il database è di una versione più recente del programma (%1 > %2)")
-                               .arg(before)
-                               .arg(latestSchemaVersion()));
+    int before = schemaVersion(db);
+    requireNotNewer(before);
+    // A database already current is only read: no transaction, and nothing a role without ownership of
+    // the schema could be refused.
+    if (before == latestSchemaVersion() && functionsCurrent(db))
+        return before;
     Transaction transaction(db);
-    // The dialect's functions are replaced on every start, so a newer program brings its fixes to an
-    // existing database. Their bodies are native SQL and must not pass through the dialect rewrite.
     if (db.engine() == Engine::PostgreSQL) {
-        for (const QString& definition : postgresFunctionDefinitions())
-            db.executeBound(definition);
+        // Workstations starting together take turns here; the later one finds the work done.
+        db.executeBound(QStringLiteral("select pg_advisory_xact_lock(7071, (select oid from pg_namespace "
+                                       "where nspname = current_schema())::integer)"));
+        before = schemaVersion(db);
+        requireNotNewer(before);
+        if (!functionsCurrent(db))
+            replaceFunctions(db);
     }
     if (before == latestSchemaVersion()) {
         transaction.commit();

@@ -4,6 +4,7 @@
 #include "common/RuntimeError.h"
 
 #include <QByteArray>
+#include <QCryptographicHash>
 #include <QDate>
 #include <QDateTime>
 #include <QSqlDatabase>
@@ -524,6 +525,16 @@ QStringList postgresFunctionDefinitions()
     for (const char* definition : postgresDefinitions)
         statements.append(QString::fromLatin1(definition));
     return statements;
+}
+
+QString postgresFunctionsFingerprint()
+{
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    for (const char* definition : postgresDefinitions) {
+        hash.addData(QByteArrayView(definition));
+        hash.addData(QByteArrayView("\0", 1));
+    }
+    return QString::fromLatin1(hash.result().toHex());
 }
 
 } // namespace xv::data

@@ -25,5 +25,7 @@ void registerSqliteFunctions(const QSqlDatabase& db);
 // The statements creating the same functions on PostgreSQL, in the first schema of the search path.
 // Safe to run again on an existing schema.
 QStringList postgresFunctionDefinitions();
+// Changes whenever any of those definitions does: what the database keeps to tell whether to replace them.
+QString postgresFunctionsFingerprint();
 
 } // namespace xv::data

@@ -129,12 +129,14 @@ QString Host::LockRecord(quintptr window, qint32 number, const QString& table)
     try {
         Database& db = GetConnection();
         const QString name = table.toLower();
+        // Finding the order held by someone else writes nothing, so it opens no transaction.
+        const std::optional<Holder> held = readHolder(db, name, number);
+        if (held && held->ownSession && held->window == window && held->station == GetStationName())
+            return {};
+        if (held && held->alive)
+            return heldMessage(number, *held);
         Transaction transaction(db);
-        if (const std::optional<Holder> held = readHolder(db, name, number)) {
-            if (held->ownSession && held->window == window && held->station == GetStationName())
-                return {};
-            if (held->alive)
-                return heldMessage(number, *held);
+        if (held) {
             qCInfo(lcHost) << "lock of order" << number << "left by" << held->station << "process"
                            << held->process << "on" << held->machine << "expired";
             db.executeBound(QStringLiteral("delete from blocchi_record where tabella = ? and record = ? "
@@ -153,8 +155,8 @@ QString Host::LockRecord(quintptr window, qint32 number, const QString& table)
         values << thisMachine();
         if (db.executeBound(pg ? kInsertPg : kInsertSqlite, values).numRowsAffected() != 1) {
             // Another workstation took the order between the look and the write.
-            const std::optional<Holder> held = readHolder(db, name, number);
-            return held ? heldMessage(number, *held) : QStringLiteral("Errore");
+            const std::optional<Holder> winner = readHolder(db, name, number);
+            return winner ? heldMessage(number, *winner) : QStringLiteral("Errore");
         }
         transaction.commit();
         m_lastLock = HeldLock{name, number, window};

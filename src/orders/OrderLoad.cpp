@@ -40,60 +40,7 @@ QString requiredText(const Recordset& rs, const QString& field)
     return rs.text(field);
 }
 
-bool isOldZeroDate(const QDate& date)
-{
-    // The suite keeps a time of day alone as a time on this day.
-    return date == QDate(1899, 12, 30);
-}
-
-// Quantities and rates are read back with a decimal-point reading, so they are written with a point.
-QString numberText(const QVariant& value)
-{
-    switch (value.metaType().id()) {
-    case QMetaType::Double:
-    case QMetaType::Float:
-        return QString::number(value.toDouble(), 'g', 15);
-    default:
-        return data::variantText(value);
-    }
-}
-
-QString moneyText(const QVariant& value, const QString& field)
-{
-    if (value.isNull())
-        invalidUseOfNull(field);
-    return data::variantMoney(value).toCurrencyText();
-}
-
-bool nullMayBeEmpty(int column)
-{
-    using namespace lines;
-    switch (column) {
-    case Col_Strada:
-    case Col_Cellulare:
-    case Col_Email:
-    case Col_quantita:
-    case Col_attrib07:
-    case Col_attrib08:
-    case Col_attrib10:
-    case Col_referente:
-        return true;
-    default:
-        return false;
-    }
-}
-
 } // namespace
-
-QString dateText(const QVariant& value)
-{
-    if (value.isNull())
-        return {};
-    const QDateTime when = data::variantDateTime(value);
-    if (isOldZeroDate(when.date()))
-        return when.time().toString(QStringLiteral("HH:mm:ss"));
-    return common::shortDateTime(when);
-}
 
 QString Customer::addressTip() const
 {
@@ -134,42 +81,6 @@ Customer readCounterpart(const Recordset& rs)
     c.telefono = rs.text(QStringLiteral("telefono"));
     c.cellulare = rs.text(QStringLiteral("Cellulare"));
     return c;
-}
-
-QStringList gridCells(const Recordset& rs, const QVector<int>& columnTypes)
-{
-    using namespace lines;
-    if (rs.fieldCount() < ColCount)
-        throw RuntimeError(common::ErrorNumber::FieldNotFound,
-                           QStringLiteral("Le righe hanno %1 colonne invece di %2").arg(rs.fieldCount()).arg(ColCount));
-    QStringList cells;
-    cells.reserve(ColCount);
-    for (int c = 0; c < ColCount; ++c) {
-        const QVariant value = rs.value(c);
-        const QString field = rs.fieldName(c);
-        switch (c) {
-        case Col_prezzo:
-        case Col_prezzo2:
-        case Col_imponibile:
-        case Col_imposta:
-        case Col_totale:
-            cells << moneyText(value, field);
-            continue;
-        default:
-            break;
-        }
-        if (value.isNull()) {
-            if (!nullMayBeEmpty(c))
-                invalidUseOfNull(field);
-            cells << QString();
-            continue;
-        }
-        if (columnTypes.value(c) == data::TypeCode::Date)
-            cells << dateText(value);
-        else
-            cells << numberText(value);
-    }
-    return cells;
 }
 
 std::optional<NumberProposal> proposeNumber(host::IHost& host, const QString& tipomovimento, int year)

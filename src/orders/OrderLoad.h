@@ -2,6 +2,7 @@
 #pragma once
 
 #include "common/Money.h"
+#include "orders/OrderCells.h"
 
 #include <QDateTime>
 #include <QString>
@@ -47,14 +48,6 @@ struct Customer
 Customer readOrderCustomer(const data::Recordset& rs);
 // The customer of controparti's current row (nulls read as empty).
 Customer readCounterpart(const data::Recordset& rs);
-
-// The 61 grid cells of the current row: money as currency text, dates as short dates, numbers with a
-// decimal point. columnTypes are the table's type codes by column, as the grid's type row holds them.
-// A null gives an empty cell only in the columns that may hold one.
-QStringList gridCells(const data::Recordset& rs, const QVector<int>& columnTypes);
-
-// A value of a date column as the grid and the text boxes show it ("" for a null).
-QString dateText(const QVariant& value);
 
 // The number a new order is proposed, from the counter of its document type and year.
 struct NumberProposal

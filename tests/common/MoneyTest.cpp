@@ -58,8 +58,8 @@ TEST(MoneyTest, RejectsMalformedOrOutOfRangeText)
         EXPECT_EQ(errorNumberOf([&] { Money::parse(text, Italian); }), error);
         EXPECT_FALSE(Money::tryParse(text, Italian));
     };
-    for (const char16_t* text : {u"", u"€", u"12a", u"12.34", u"1.2345", u"1..234", u"1 234", u"1,2,3",
-                                 u"--5", u"€ 5 €", u"5 $", u"(5"})
+    for (const char16_t* text : {u"", u"€", u"12a", u"2.", u"1.2345", u"1..234", u"1 234", u"1,2,3",
+                                 u"2.50,1", u"1.23.45", u"--5", u"€ 5 €", u"5 $", u"(5"})
         expectError(text, TypeMismatch);
     // One unit inside the range is read, one unit outside it overflows.
     EXPECT_EQ(Money::parse(QStringLiteral("922.337.203.685.477,5807"), Italian), Money::fromRaw(MaxRaw));
@@ -68,13 +68,34 @@ TEST(MoneyTest, RejectsMalformedOrOutOfRangeText)
     expectError(u"-922337203685477,5809 €", Overflow);
 }
 
-TEST(MoneyTest, CurrencyTextRoundsHalvesToEvenAndReadsBack)
+TEST(MoneyTest, ParsesWhatStaffType)
 {
-    const std::pair<qint64, const char16_t*> cases[] = {
-        {12345000, u"1.234,50\u00a0€"},   {MaxRaw, u"922.337.203.685.477,58\u00a0€"},
-        {-12345000, u"-1.234,50\u00a0€"}, {MinRaw, u"-922.337.203.685.477,58\u00a0€"},
-        {99999950, u"10.000,00\u00a0€"},  {-50, u"0,00\u00a0€"},
-        {12350, u"1,24\u00a0€"},          {12250, u"1,22\u00a0€"}};
+    const std::pair<const char16_t*, qint64> cases[] = {
+        {u"2,50", 25000},       {u"2.50", 25000},           {u"2.5", 25000},         {u"12.34", 123400},
+        {u"-2.50", -25000},     {u"2.50 €", 25000},         {u"2.50€", 25000},       {u"€2.50", 25000},
+        {u"€ 2,50", 25000},     {u" 2,50 € ", 25000},       {u"1.234,50", 12345000}, {u"1.234", 12340000},
+        {u"1.234 €", 12340000}, {u"1.234.567", 12345670000}};
+    for (const auto& [raw, units] : cases) {
+        const QString text = QString::fromUtf16(raw);
+        SCOPED_TRACE(text.toStdString());
+        EXPECT_EQ(Money::parse(text, Italian), Money::fromRaw(units));
+    }
+}
+
+TEST(MoneyTest, CurrencyTextRoundsHalvesAwayFromZeroAndReadsBack)
+{
+    const std::pair<qint64, const char16_t*> cases[] = {{12345000, u"1.234,50\u00a0€"},
+                                                        {MaxRaw, u"922.337.203.685.477,58\u00a0€"},
+                                                        {-12345000, u"-1.234,50\u00a0€"},
+                                                        {MinRaw, u"-922.337.203.685.477,58\u00a0€"},
+                                                        {99999950, u"10.000,00\u00a0€"},
+                                                        {9850, u"0,99\u00a0€"},
+                                                        {-9850, u"-0,99\u00a0€"},
+                                                        {12350, u"1,24\u00a0€"},
+                                                        {12250, u"1,23\u00a0€"},
+                                                        {-50, u"-0,01\u00a0€"},
+                                                        {49, u"0,00\u00a0€"},
+                                                        {-49, u"0,00\u00a0€"}};
     for (const auto& [raw, text] : cases) {
         SCOPED_TRACE(raw);
         EXPECT_EQ(Money::fromRaw(raw).toCurrencyText(Italian), QString::fromUtf16(text));

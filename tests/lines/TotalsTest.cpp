@@ -23,9 +23,9 @@ QString currency(qint64 raw)
 TEST(TotalsTest, LineAmountIsPriceTimesQuantityInCurrencyText)
 {
     EXPECT_EQ(lineAmountText(3, Money::fromRaw(25000)), QStringLiteral("7,50\u00a0€"));
-    // quantity, price, the amount shown: cents rounded halves to even
+    // quantity, price, the amount shown: cents rounded halves away from zero
     const std::tuple<double, qint64, qint64> cases[] = {
-        {0.5, 19900, 10000}, {0.5, 19700, 9800}, {-2, 15000, -30000}};
+        {0.5, 19900, 10000}, {0.5, 19700, 9900}, {-0.5, 19700, -9900}, {-2, 15000, -30000}};
     for (const auto& [quantity, price, shown] : cases)
         EXPECT_EQ(lineAmountText(quantity, Money::fromRaw(price)), currency(shown))
             << quantity << " x " << price;
@@ -60,8 +60,8 @@ TEST(TotalsTest, NewLineAmountsTakeBothDiscountsFromTheGrossAndLeaveTheTaxOutOfT
     }
     // The gross goes through the currency format first.
     const LineAmounts rounded = newLineAmounts(QStringLiteral("7,505"), {}, {}, QStringLiteral("22"));
-    EXPECT_EQ(rounded.gross, Money::fromRaw(75000));
-    EXPECT_EQ(rounded.imposta, QStringLiteral("1,65"));
+    EXPECT_EQ(rounded.gross, Money::fromRaw(75100));
+    EXPECT_EQ(rounded.imposta, QStringLiteral("1,6522"));
     EXPECT_EQ(errorNumberOf([] { newLineAmounts(QStringLiteral("dieci"), {}, {}, {}); }), TypeMismatch);
     EXPECT_EQ(errorNumberOf([] { newLineAmounts(currency(10000), QStringLiteral("1e40"), {}, {}); }),
               Overflow);

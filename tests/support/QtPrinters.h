@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QDateTime>
 #include <QString>
 #include <QVariant>
 
@@ -15,4 +16,9 @@ inline void PrintTo(const QString& value, std::ostream* os)
 inline void PrintTo(const QVariant& value, std::ostream* os)
 {
     *os << "QVariant(" << value.typeName() << ", " << value.toString().toStdString() << ')';
+}
+
+inline void PrintTo(const QDateTime& value, std::ostream* os)
+{
+    *os << value.toString(Qt::ISODateWithMs).toStdString();
 }

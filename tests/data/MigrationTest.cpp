@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+#include "TestDatabase.h"
+
+#include "data/Database.h"
+#include "data/Recordset.h"
+#include "data/Schema.h"
+#include "data/SqlDialect.h"
+
+#include <gtest/gtest.h>
+
+#include <QRandomGenerator>
+
+#include <latch>
+#include <thread>
+
+namespace {
+
+using namespace xv;
+using data::Database;
+using data::Recordset;
+
+QString storedFingerprint(Database& db)
+{
+    return Recordset::open(db, "select impronta from impronta_funzioni").text("impronta");
+}
+
+// The shared server is where several workstations, and roles other than the schema's owner, start.
+class SharedStartTest : public test::EngineTest
+{
+};
+
+TEST_P(SharedStartTest, ARoleThatOwnsNoFunctionCanStartOnACurrentDatabase)
+{
+    const data::ConnectionConfig config = database().config();
+    Database owner(config);
+    data::migrate(owner);
+    const QString role = QStringLiteral("xv_cassa_%1").arg(QRandomGenerator::global()->generate(), 0, 16);
+    owner.executeBound("create role " + role + " login");
+    owner.executeBound("grant usage on schema " + config.schema + " to " + role);
+    owner.executeBound("grant select, insert, update, delete on all tables in schema " + config.schema +
+                       " to " + role);
+    {
+        data::ConnectionConfig asClerk = config;
+        asClerk.user = role;
+        Database clerk(asClerk);
+        EXPECT_NO_THROW(EXPECT_EQ(data::migrate(clerk), data::latestSchemaVersion()));
+    }
+    EXPECT_EQ(storedFingerprint(owner), data::postgresFunctionsFingerprint());
+    owner.executeBound("drop owned by " + role);
+    owner.executeBound("drop role " + role);
+}
+
+TEST_P(SharedStartTest, DefinitionsOtherThanTheProgramsAreReplaced)
+{
+    Database db(database().config());
+    data::migrate(db);
+    db.executeBound("drop function datevalue(date)");
+    db.executeBound("update impronta_funzioni set impronta='di una versione precedente'");
+
+    data::migrate(db);
+    EXPECT_EQ(storedFingerprint(db), data::postgresFunctionsFingerprint());
+    EXPECT_EQ(Recordset::open(db, "select year(DateValue(current_date)) as anno").value(0).toInt(),
+              QDate::currentDate().year());
+}
+
+TEST_P(SharedStartTest, TwoWorkstationsStartingOnANewDatabaseAtOnceBothStart)
+{
+    const data::ConnectionConfig config = database().config();
+    std::latch connected(2);
+    QString errors[2];
+    const auto start = [&](QString* error) {
+        try {
+            Database db(config);
+            connected.arrive_and_wait();
+            data::migrate(db);
+        } catch (const std::exception& e) {
+            *error = QString::fromLocal8Bit(e.what());
+        }
+    };
+    std::thread first(start, &errors[0]);
+    std::thread second(start, &errors[1]);
+    first.join();
+    second.join();
+    EXPECT_EQ(errors[0], "");
+    EXPECT_EQ(errors[1], "");
+
+    Database db(config);
+    EXPECT_EQ(Recordset::open(db, "select count(*) from versione_schema").value(0).toInt(),
+              data::latestSchemaVersion());
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, SharedStartTest, ::testing::Values(data::Engine::PostgreSQL),
+                         test::engineName);
+
+} // namespace
