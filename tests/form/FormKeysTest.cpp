@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The order form's keys and its closing, driven offscreen on a real temporary database of each engine.
 #include "ScriptedDialogs.h"
+#include "FormFixture.h"
 #include "TestDatabase.h"
 #include "TestOrders.h"
 
@@ -40,44 +41,16 @@ public:
     int collected = 0;
 };
 
-class FormKeysTest : public test::EngineTest
+class FormKeysTest : public test::FormTest
 {
 protected:
-    void SetUp() override
+    std::unique_ptr<host::Host> makeHost(const host::HostOptions& options) override
     {
-        EngineTest::SetUp();
-        if (IsSkipped() || HasFatalFailure())
-            return;
-        auto h = std::make_unique<ColourCountingHost>(database().hostOptions());
-        m_host = h.get();
-        ASSERT_TRUE(m_host->Initialize());
-        host::setHost(std::move(h));
-        host::setFormSettings(std::make_unique<host::IniFormSettings>(database().dataPath() + "finestre.ini"));
-        m_year = QDate::currentDate().year();
-        // Orders are the documents of a type that has an order counter, here an old one.
-        test::addCounter(db(), m_year - 5, 99);
+        auto h = std::make_unique<ColourCountingHost>(options);
+        m_counting = h.get();
+        return h;
     }
-    void TearDown() override
-    {
-        m_form.reset();
-        host::resetServices();
-        EngineTest::TearDown();
-    }
-
-    frm_Commissioni& openForm()
-    {
-        m_form = std::make_unique<frm_Commissioni>();
-        m_form->show();
-        m_form->InitForm(0);
-        QApplication::processEvents();
-        return *m_form;
-    }
-    frm_Commissioni& openNewOrder()
-    {
-        test::addCounter(db(), m_year, 7);
-        openForm().tbComandiDocumento_ButtonClick(documentButton(1));
-        return *m_form;
-    }
+    frm_Commissioni& openNewOrder() { return FormTest::openNewOrder(7); }
     // An order of this year with the given number of lines, shown on the form in browse mode.
     frm_Commissioni& openOrderOf(int lines)
     {
@@ -87,14 +60,9 @@ protected:
                 t.setValue("qta", i + 1);
             });
         openForm();
-        QLineEdit* number = field("txt_numeroCommissione");
-        QTest::keyClicks(number, "21");
-        QTest::keyClick(number, Qt::Key_Return);
+        typeNumberAndEnter("21");
         return *m_form;
     }
-    QLineEdit* field(const char* name) const { return m_form->findChild<QLineEdit*>(QString::fromLatin1(name)); }
-    QAction* documentButton(int index) { return m_form->tbComandiDocumento().button(index); }
-    data::Database& db() { return m_host->GetConnection(); }
     int heldLocks() { return Recordset::open(db(), "select count(*) as n from blocchi_record").value("n").toInt(); }
 
     // Runs the program's event loop until the form ends it, doing first what starts the close.
@@ -113,9 +81,7 @@ protected:
         return status;
     }
 
-    ColourCountingHost* m_host = nullptr;
-    std::unique_ptr<frm_Commissioni> m_form;
-    int m_year = 0;
+    ColourCountingHost* m_counting = nullptr;
 };
 
 TEST_P(FormKeysTest, AnsweringNoToTheClosingQuestionKeepsTheFormAndWhatWasTyped)
@@ -216,11 +182,11 @@ TEST_P(FormKeysTest, AKeyAsksForEachColourOfTheLinesOnceWhateverTheirNumber)
     frm_Commissioni& form = openOrderOf(15);
     ASSERT_EQ(form.LineCount(), 15);
     m_host->SaveSetting("Colori", "Emesso", "&H102030", "eKELA");
-    m_host->locked = m_host->issued = m_host->collected = 0;
+    m_counting->locked = m_counting->issued = m_counting->collected = 0;
     QTest::keyClick(field("txt_numeroCommissione"), Qt::Key_Up);
-    EXPECT_EQ(m_host->locked, 1);
-    EXPECT_EQ(m_host->issued, 1);
-    EXPECT_EQ(m_host->collected, 1);
+    EXPECT_EQ(m_counting->locked, 1);
+    EXPECT_EQ(m_counting->issued, 1);
+    EXPECT_EQ(m_counting->collected, 1);
     // The colours are still the shop's settings of the moment, read again at the next key.
     EXPECT_EQ(form.grid()->rowForeground(2), QColor(0x30, 0x20, 0x10));
 }

@@ -2,6 +2,7 @@
 // Which rows the form opens as the order, and that nothing of one order is left over in the next.
 #include "ScriptedDialogs.h"
 #include "ScriptedLists.h"
+#include "FormFixture.h"
 #include "TestDatabase.h"
 #include "TestOrders.h"
 
@@ -27,57 +28,8 @@ using common::Money;
 using data::Recordset;
 using form::frm_Commissioni;
 
-class OrderIdentityTest : public test::EngineTest
+class OrderIdentityTest : public test::FormTest
 {
-protected:
-    void SetUp() override
-    {
-        EngineTest::SetUp();
-        if (IsSkipped() || HasFatalFailure())
-            return;
-        auto h = std::make_unique<host::Host>(database().hostOptions());
-        m_host = h.get();
-        ASSERT_TRUE(m_host->Initialize());
-        host::setHost(std::move(h));
-        host::setFormSettings(
-            std::make_unique<host::IniFormSettings>(database().dataPath() + "finestre.ini"));
-        m_year = QDate::currentDate().year();
-        test::addCounter(db(), m_year - 5, 99);
-    }
-    void TearDown() override
-    {
-        m_form.reset();
-        host::resetServices();
-        EngineTest::TearDown();
-    }
-
-    frm_Commissioni& openForm()
-    {
-        m_form = std::make_unique<frm_Commissioni>();
-        m_form->show();
-        m_form->InitForm(0);
-        QApplication::processEvents();
-        return *m_form;
-    }
-    QLineEdit* field(const char* name) const
-    {
-        return m_form->findChild<QLineEdit*>(QString::fromLatin1(name));
-    }
-    QString text(const char* name) const { return field(name)->text(); }
-    QAction* documentButton(int index) { return m_form->tbComandiDocumento().button(index); }
-    lines::FlexGrid* grid() const { return m_form->grid(); }
-    void typeNumberAndEnter(const QString& number)
-    {
-        QLineEdit* box = field("txt_numeroCommissione");
-        box->clear();
-        QTest::keyClicks(box, number);
-        QTest::keyClick(box, Qt::Key_Return);
-    }
-    data::Database& db() { return m_host->GetConnection(); }
-
-    host::Host* m_host = nullptr;
-    std::unique_ptr<frm_Commissioni> m_form;
-    int m_year = 0;
 };
 
 TEST_P(OrderIdentityTest, AnOrderThatCannotBeReadIsReportedAndLeavesNothingOfTheLastOne)
