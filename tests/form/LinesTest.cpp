@@ -376,6 +376,21 @@ TEST_P(LinesTest, TheHostsKeyFilterDecidesWhatIsTyped)
     EXPECT_EQ(persons->text(), "Qua");
 }
 
+TEST_P(LinesTest, NoToTheClosingQuestionKeepsEveryLine)
+{
+    for (const char* code : {"A1", "B2", "C3"})
+        addArticle(code, QStringLiteral("Articolo %1").arg(code), 10000);
+    test::ScriptedDialogs dialogs;
+    frm_Commissioni& form = startOrder();
+    for (const char* code : {"A1", "B2", "C3"})
+        add(code, "2");
+    dialogs.expectMessage("Si desidera uscire?", host::Answer::No);
+    QTest::keyClick(field("txt_qta"), Qt::Key_Escape);
+    EXPECT_TRUE(form.isVisible());
+    EXPECT_EQ(column(Col_codice_med), QStringList({"A1", "B2", "C3"}));
+    EXPECT_EQ(text("txt_Totale"), Money::fromInteger(6).toCurrencyText());
+}
+
 TEST_P(LinesTest, TheMainFrameStaysNearTheMiddleOfAWideWindow)
 {
     test::ScriptedDialogs noBoxes;
