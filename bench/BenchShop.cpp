@@ -29,9 +29,9 @@ void writeOrder(data::Database& db, const QDate& date, const QString& orderNumbe
                                  "provincia", "telefono", "attrib00", "attrib01", "attrib02", "attrib03",
                                  "attrib09", "Tipo", "pagamento", "riferimenti"})
             t.setValue(QString::fromLatin1(text), QString());
-        for (const char* number : {"rowid_utente", "rowid_testata", "rowid_deposito", "rowid_med",
-                                   "rowid_controparti", "sconto1", "sconto2", "codice_iva", "percentuale",
-                                   "Rowid_Pagamento"})
+        for (const char* number :
+             {"rowid_utente", "rowid_testata", "rowid_deposito", "rowid_med", "rowid_controparti", "sconto1",
+              "sconto2", "codice_iva", "percentuale", "Rowid_Pagamento"})
             t.setValue(QString::fromLatin1(number), 0);
         for (const char* when : {"datareg", "oradal", "oraal", "Datadal", "Dataal", "attrib05"})
             t.setValue(QString::fromLatin1(when), date.startOfDay());
@@ -48,11 +48,13 @@ void writeOrder(data::Database& db, const QDate& date, const QString& orderNumbe
         t.setValue(QStringLiteral("numero"), orderNumber);
         t.setValue(QStringLiteral("serie"), QString::number(date.year()));
         t.setValue(QStringLiteral("datadocumento"), date);
-        t.setValue(QStringLiteral("StatoRiga"), line % 3 ? QStringLiteral("EMESSO") : QStringLiteral("RITIRATO"));
+        t.setValue(QStringLiteral("StatoRiga"),
+                   line % 3 ? QStringLiteral("EMESSO") : QStringLiteral("RITIRATO"));
         t.setValue(QStringLiteral("Nominativo"), QStringLiteral("Rossi Maria"));
         t.setValue(QStringLiteral("attrib04"), QStringLiteral("Matrimonio"));
         t.setValue(QStringLiteral("attrib06"), QStringLiteral("Marco e Giulia"));
-        t.setValue(QStringLiteral("codice_med"), QStringLiteral("BOM%1").arg(line % 100, 3, 10, QLatin1Char('0')));
+        t.setValue(QStringLiteral("codice_med"),
+                   QStringLiteral("BOM%1").arg(line % 100, 3, 10, QLatin1Char('0')));
         t.setValue(QStringLiteral("Descrizione1"), QStringLiteral("Bomboniera portaconfetti in porcellana"));
         t.setValue(QStringLiteral("qta"), 1 + line % 120);
         t.setValue(QStringLiteral("note"), common::shortDate(date)); // the line's own pick-up date
@@ -68,9 +70,10 @@ void writeArticles(data::Database& db)
     for (int article = 0; article <= 100; ++article) {
         const QString code = article < 100 ? QStringLiteral("BOM%1").arg(article, 3, 10, QLatin1Char('0'))
                                            : QStringLiteral("NUOVO1");
-        db.executeBound(QStringLiteral("insert into med (codice, descrizione, prezzo_vendita, quantita_reale, "
-                                       "quantita_disponibile) values (?, ?, '11.5000', 500, 400)"),
-                        {code, QStringLiteral("Bomboniera portaconfetti in porcellana")});
+        db.executeBound(
+            QStringLiteral("insert into med (codice, descrizione, prezzo_vendita, quantita_reale, "
+                           "quantita_disponibile) values (?, ?, '11.5000', 500, 400)"),
+            {code, QStringLiteral("Bomboniera portaconfetti in porcellana")});
     }
     transaction.commit();
 }
@@ -78,9 +81,11 @@ void writeArticles(data::Database& db)
 // The shop's own colours, kept in its settings as the configuration window writes them.
 void writeColours(host::Host& h)
 {
-    const std::pair<const char*, const char*> colours[] = {
-        {"Bloccato", "&HEBF0F5"}, {"Disabilitato", "&HD0D0D0"}, {"Inattivo", "&HE8E8E8"},
-        {"Ritirato", "&H207000"}, {"Emesso", "&H903C00"}};
+    const std::pair<const char*, const char*> colours[] = {{"Bloccato", "&HEBF0F5"},
+                                                           {"Disabilitato", "&HD0D0D0"},
+                                                           {"Inattivo", "&HE8E8E8"},
+                                                           {"Ritirato", "&H207000"},
+                                                           {"Emesso", "&H903C00"}};
     for (const auto& [key, value] : colours)
         h.SaveSetting(QStringLiteral("Colori"), QString::fromLatin1(key), QString::fromLatin1(value),
                       QStringLiteral("eKELA"));
@@ -101,7 +106,8 @@ BenchShop::BenchShop()
         return;
     m_host = owned.get();
     host::setHost(std::move(owned));
-    host::setFormSettings(std::make_unique<host::IniFormSettings>(options.dataPath + QStringLiteral("finestre.ini")));
+    host::setFormSettings(
+        std::make_unique<host::IniFormSettings>(options.dataPath + QStringLiteral("finestre.ini")));
     host::Dialogs::setMessageHandler([this](const host::MessageRequest&) {
         ++m_boxes;
         return host::Answer::No;

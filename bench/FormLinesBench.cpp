@@ -42,7 +42,8 @@ void withTheOrderOpen(benchmark::State& state, bool duplicateCheck, bool changin
         return;
     }
     shop.host().SaveSetting(QStringLiteral("comm"), QStringLiteral("checkAddRigaFlex"),
-                            duplicateCheck ? QStringLiteral("1") : QStringLiteral("0"), QStringLiteral("DOCS"));
+                            duplicateCheck ? QStringLiteral("1") : QStringLiteral("0"),
+                            QStringLiteral("DOCS"));
     {
         form::frm_Commissioni form;
         form.resize(1366, 768);

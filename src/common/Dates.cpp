@@ -123,12 +123,15 @@ QString shortDate(const QDate& date)
             .arg(year, 4, 10, QLatin1Char('0'));
     }
     // Written digit by digit: a thousand-line order shows several thousand of these at once.
-    const auto digit = [](int value) { return QChar(u'0' + value % 10); };
-    const QChar text[] = {digit(date.day() / 10), digit(date.day()),   u'/',
-                          digit(date.month() / 10), digit(date.month()), u'/',
-                          digit(year / 1000),       digit(year / 100),   digit(year / 10),
-                          digit(year)};
-    return QString(text, std::size(text));
+    QString text(10, u'/');
+    const auto put = [&text](qsizetype at, int value, qsizetype width) {
+        for (qsizetype i = at + width - 1; i >= at; --i, value /= 10)
+            text[i] = QChar(u'0' + value % 10);
+    };
+    put(0, date.day(), 2);
+    put(3, date.month(), 2);
+    put(6, year, 4);
+    return text;
 }
 
 QString shortDateTime(const QDate& date, const QTime& time)

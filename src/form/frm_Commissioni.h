@@ -195,8 +195,6 @@ private:
     // The line last clicked, and its kind, which lines written afterwards carry.
     qint32 m_selectedRow = 0;
     QString m_lineTipo;
-    // The gross amount of the line last written.
-    common::Money m_lineGross;
     QVector<QStringList> m_components;
     bool m_refilteringKey = false;
     bool m_leavingField = false;

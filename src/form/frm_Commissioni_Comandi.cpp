@@ -197,8 +197,8 @@ bool frm_Commissioni::typedKeyFiltered(QWidget* receiver, QKeyEvent* key)
     if (code == typed)
         return false;
     if (code > 0 && code <= 0xFFFF) {
-        QKeyEvent replaced(key->type(), key->key(), key->modifiers(), QString(QChar(code)), key->isAutoRepeat(),
-                           key->count());
+        QKeyEvent replaced(key->type(), key->key(), key->modifiers(), QString(QChar(code)),
+                           key->isAutoRepeat(), key->count());
         const QScopedValueRollback guard(m_refilteringKey, true);
         QCoreApplication::sendEvent(receiver, &replaced);
     }

@@ -69,7 +69,8 @@ void frm_Commissioni::CheckPreInserimentoRiga(bool& allowed)
     if (m_ui->txt_descrizione->text().isEmpty())
         return refuse(QStringLiteral("La descrizione dell'articolo è obbligatoria!!"), m_ui->txt_descrizione);
     if (m_ui->txt_dataRitiro->text().isEmpty())
-        return refuse(QStringLiteral("La data del ritiro dell'articolo è obbligatoria!!"), m_ui->txt_dataRitiro);
+        return refuse(QStringLiteral("La data del ritiro dell'articolo è obbligatoria!!"),
+                      m_ui->txt_dataRitiro);
 
     const auto currency = [](const QString& text) {
         return common::Money::parse(text.isEmpty() ? QStringLiteral("0") : text).toCurrencyText();
@@ -134,7 +135,6 @@ bool frm_Commissioni::Flex_AggiungiRiga()
         // Every cell is worked out before the grid is touched, so a line that cannot be written leaves no
         // half-filled row behind.
         const QStringList cells = orders::newLineCells(lineEntry(), m_order, m_settings, context);
-        m_lineGross = common::Money::parse(cells[Col_totale]);
         if (appending) {
             g->addItem(cells);
             m_existingRow = common::toInt16(g->rows() - 1);

@@ -10,8 +10,8 @@ namespace xv::lines {
 
 QString compositionSql(const QString& articleCode)
 {
-    return QStringLiteral("SELECT * FROM Produzione WHERE Tipo='P' AND Codice_A='") + data::sqlEscape(articleCode) +
-           QStringLiteral("' ORDER BY rowid");
+    return QStringLiteral("SELECT * FROM Produzione WHERE Tipo='P' AND Codice_A='") +
+           data::sqlEscape(articleCode) + QStringLiteral("' ORDER BY rowid");
 }
 
 QVector<QStringList> articleComponents(host::IHost& host, const QString& articleCode)
@@ -19,7 +19,8 @@ QVector<QStringList> articleComponents(host::IHost& host, const QString& article
     QVector<QStringList> components;
     for (data::Recordset rs = host.OpenRecordset(compositionSql(articleCode)); !rs.eof(); rs.moveNext())
         components.append({rs.text(QStringLiteral("Codice_P")),
-                           QString::number(rs.number(QStringLiteral("Qta_P")), 'g', 15), QStringLiteral("0")});
+                           QString::number(rs.number(QStringLiteral("Qta_P")), 'g', 15),
+                           QStringLiteral("0")});
     return components;
 }
 

@@ -13,8 +13,7 @@ namespace xv::lines {
 
 // One component of an assembled article: its code (Codice_P), the quantity in one assembled article
 // (Qta_P, as plain '.'-decimal text) and "0", the three texts the order form has always kept per component.
-enum ComponentField : int
-{
+enum ComponentField : int {
     Component_codice = 0,
     Component_qta = 1,
     Component_flag = 2,

@@ -42,9 +42,9 @@ struct LineEntry
 // What else a new line takes from the form and the host at the moment it is written.
 struct LineContext
 {
-    int gridRow = 0;      // the grid row written; the line is numbered from it until the lines are renumbered
-    qint32 rowid = 0;     // 0, or the rowid_med of the line of the same article that the new one replaces
-    QString tipo;         // the kind of line the form holds
+    int gridRow = 0;  // the grid row written; the line is numbered from it until the lines are renumbered
+    qint32 rowid = 0; // 0, or the rowid_med of the line of the same article that the new one replaces
+    QString tipo;     // the kind of line the form holds
     qint16 defaultPayment = 0;
     qint16 vatDefault = 0;
     QDateTime now;

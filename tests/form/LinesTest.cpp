@@ -52,9 +52,10 @@ protected:
 
     void addArticle(const QString& code, const QString& description, qint64 priceRaw)
     {
-        db().executeBound(QStringLiteral("insert into med (codice, descrizione, prezzo_vendita, quantita_reale, "
-                                         "quantita_disponibile) values (?, ?, ?, 100, 90)"),
-                          {code, description, Money::fromRaw(priceRaw).toDecimalText()});
+        db().executeBound(
+            QStringLiteral("insert into med (codice, descrizione, prezzo_vendita, quantita_reale, "
+                           "quantita_disponibile) values (?, ?, ?, 100, 90)"),
+            {code, description, Money::fromRaw(priceRaw).toDecimalText()});
     }
     void addComponent(const QString& assembled, const QString& component, double perUnit)
     {
@@ -278,7 +279,8 @@ TEST_P(LinesTest, AClickedLineComesBackIntoTheFieldsAndTheClickedColumnDecidesTh
     EXPECT_EQ(text("txt_prezzo"), Money::fromInteger(2).toCurrencyText());
     EXPECT_EQ(text("txt_totaleRiga"), Money::fromInteger(10).toCurrencyText());
     EXPECT_EQ(form.findChild<QLabel*>("lbl_Riga")->text(), "2");
-    EXPECT_EQ(field("txt_dataRitiro")->toolTip(), "La data del ritiro di questo articolo è lunedì, 23 novembre 2026");
+    EXPECT_EQ(field("txt_dataRitiro")->toolTip(),
+              "La data del ritiro di questo articolo è lunedì, 23 novembre 2026");
 
     const std::pair<int, const char*> focusing[] = {
         {Col_codice_med, "txt_codice"}, {Col_qta, "txt_qta"}, {Col_note, "txt_dataRitiro"}};

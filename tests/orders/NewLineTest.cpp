@@ -133,7 +133,7 @@ TEST(NewLineTest, EveryCellOfANewLineTakesItsOwnSource)
         {Col_codice_iva, "22"},
         {Col_percentuale, "22"},
         {Col_imponibile, currency(75000)},
-        {Col_imposta, "1,65"}, // plain decimal text of the tax, without the currency symbol
+        {Col_imposta, "1,65"},         // plain decimal text of the tax, without the currency symbol
         {Col_totale, currency(75000)}, // the tax is not added
         {Col_attrib00, "2"},
         {Col_attrib01, "0"}, // no amulet chosen reads as 0
@@ -189,8 +189,9 @@ TEST(NewLineTest, AnAmountThatIsNoAmountWritesNoLine)
         SCOPED_TRACE(name);
         NewLineFixture f;
         spoil(f.entry);
-        EXPECT_EQ(common::test::errorNumberOf([&f] { newLineCells(f.entry, f.order, f.settings, f.context); }),
-                  common::test::TypeMismatch);
+        EXPECT_EQ(
+            common::test::errorNumberOf([&f] { newLineCells(f.entry, f.order, f.settings, f.context); }),
+            common::test::TypeMismatch);
     }
 }
 
