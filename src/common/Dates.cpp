@@ -32,15 +32,48 @@ int fullYear(QStringView digits)
     return year + (year < TwoDigitYearPivot ? 2000 : 1900);
 }
 
-struct DateParts
+// "yyyy-MM-dd" or "yyyy-MM-dd hh:mm:ss", digit for digit, as SQLite keeps every stored date: read without
+// the patterns below, which cost more than the rest of loading a long order.
+std::optional<DateAndTime> parseStoredText(const QString& text)
 {
-    QDate date;
-    QTime time;
-};
+    const qsizetype size = text.size();
+    if (size != 10 && size != 19)
+        return std::nullopt;
+    const auto number = [&text](qsizetype from, qsizetype count) {
+        int value = 0;
+        for (qsizetype i = from; i < from + count; ++i) {
+            const char16_t c = text.at(i).unicode();
+            if (c < u'0' || c > u'9')
+                return -1;
+            value = value * 10 + (c - u'0');
+        }
+        return value;
+    };
+    if (text.at(4) != u'-' || text.at(7) != u'-')
+        return std::nullopt;
+    const QDate date(number(0, 4), number(5, 2), number(8, 2));
+    if (!date.isValid() || number(0, 4) < 0)
+        return std::nullopt;
+    if (size == 10)
+        return DateAndTime{date, QTime(0, 0)};
+    if ((text.at(10) != u' ' && text.at(10) != u'T') || text.at(13) != u':' || text.at(16) != u':')
+        return std::nullopt;
+    const int hour = number(11, 2);
+    const int minute = number(14, 2);
+    const int second = number(17, 2);
+    if (hour < 0 || minute < 0 || second < 0)
+        return std::nullopt;
+    const QTime time(hour, minute, second);
+    if (!time.isValid())
+        return std::nullopt;
+    return DateAndTime{date, time};
+}
 
 // Groups: day/month/year positions differ between the two layouts, the time groups follow in both.
-std::optional<DateParts> parseParts(const QString& text)
+std::optional<DateAndTime> parseParts(const QString& text)
 {
+    if (const auto stored = parseStoredText(text))
+        return stored;
     // hh:mm, seconds optional, and the fraction of a second databases append.
     static const QString timePattern =
         QStringLiteral(R"(([0-9]{1,2}):([0-9]{2})(?::([0-9]{2})(?:[.,]([0-9]+))?)?)");
@@ -74,7 +107,7 @@ std::optional<DateParts> parseParts(const QString& text)
                      match.capturedView(timeGroup + 2).toInt(), milliseconds);
     if (!time.isValid())
         return std::nullopt;
-    return DateParts{date, time};
+    return DateAndTime{date, time};
 }
 
 } // namespace
@@ -83,19 +116,38 @@ QString shortDate(const QDate& date)
 {
     if (!date.isValid())
         return {};
-    return QStringLiteral("%1/%2/%3")
-        .arg(twoDigits(date.day()), twoDigits(date.month()))
-        .arg(date.year(), 4, 10, QLatin1Char('0'));
+    const int year = date.year();
+    if (year < 0 || year > 9999) {
+        return QStringLiteral("%1/%2/%3")
+            .arg(twoDigits(date.day()), twoDigits(date.month()))
+            .arg(year, 4, 10, QLatin1Char('0'));
+    }
+    // Written digit by digit: a thousand-line order shows several thousand of these at once.
+    QString text(10, u'/');
+    const auto put = [&text](qsizetype at, int value, qsizetype width) {
+        for (qsizetype i = at + width - 1; i >= at; --i, value /= 10)
+            text[i] = QChar(u'0' + value % 10);
+    };
+    put(0, date.day(), 2);
+    put(3, date.month(), 2);
+    put(6, year, 4);
+    return text;
+}
+
+QString shortDateTime(const QDate& date, const QTime& time)
+{
+    if (!date.isValid())
+        return {};
+    if (!time.isValid() || (time.hour() == 0 && time.minute() == 0 && time.second() == 0))
+        return shortDate(date);
+    return shortDate(date) + u' ' + time.toString(u"HH:mm:ss");
 }
 
 QString shortDateTime(const QDateTime& dateTime)
 {
     if (!dateTime.isValid())
         return {};
-    const QTime time = dateTime.time();
-    if (time.hour() == 0 && time.minute() == 0 && time.second() == 0)
-        return shortDate(dateTime.date());
-    return shortDate(dateTime.date()) + u' ' + time.toString(u"HH:mm:ss");
+    return shortDateTime(dateTime.date(), dateTime.time());
 }
 
 std::optional<QDate> parseShortDate(const QString& text)
@@ -103,6 +155,11 @@ std::optional<QDate> parseShortDate(const QString& text)
     if (const auto parts = parseParts(text))
         return parts->date;
     return std::nullopt;
+}
+
+std::optional<DateAndTime> parseDateAndTime(const QString& text)
+{
+    return parseParts(text);
 }
 
 std::optional<QDateTime> parseDateTime(const QString& text)

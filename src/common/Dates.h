@@ -19,6 +19,17 @@ QString shortDateTime(const QDateTime& dateTime);
 std::optional<QDate> parseShortDate(const QString& text);
 std::optional<QDateTime> parseDateTime(const QString& text);
 
+// The same texts read as the date and the time of day written, with no time zone: a thousand stored dates
+// read this way cost no look-ups of the machine's zone, which a QDateTime in local time makes every time.
+struct DateAndTime
+{
+    QDate date;
+    QTime time;
+};
+std::optional<DateAndTime> parseDateAndTime(const QString& text);
+// As shortDateTime: the time left out when it is exactly midnight.
+QString shortDateTime(const QDate& date, const QTime& time);
+
 bool isDate(const QString& text);
 QDate toDate(const QString& text);
 

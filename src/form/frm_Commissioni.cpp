@@ -143,6 +143,7 @@ void frm_Commissioni::setupControls()
         });
     }
     connect(grid(), &lines::FlexGrid::rightButtonDown, this, &frm_Commissioni::grid_RightButtonDown);
+    connect(grid(), &lines::FlexGrid::cellClicked, this, &frm_Commissioni::flx_Movimenti_Click);
 
     // Labels name their fields for assistive technology as they do on screen.
     for (QLabel* label : findChildren<QLabel*>()) {
@@ -342,6 +343,9 @@ bool frm_Commissioni::eventFilter(QObject* watched, QEvent* event)
     }
     if (event->type() == QEvent::KeyPress) {
         auto* widget = qobject_cast<QWidget*>(watched);
+        // The character the host's filter put in place of the one typed has been through the form already.
+        if (m_refilteringKey)
+            return false;
         if (widget && widget->window() == this && isEnabled()) {
             // A key its receiver does not take is offered to each parent in turn, the same event again:
             // the form acts on a key once, where it first arrives.
@@ -361,7 +365,7 @@ bool frm_Commissioni::eventFilter(QObject* watched, QEvent* event)
             if (qobject_cast<QLineEdit*>(widget) && isVisible())
                 StateOfButtons();
             // Function keys belong to the form; every other key goes on to the field.
-            return functionKey;
+            return functionKey || typedKeyFiltered(widget, key);
         }
         return false;
     }

@@ -4,6 +4,7 @@
 #include "common/Money.h"
 #include "form/FormAdapters.h"
 #include "orders/ModuleSettings.h"
+#include "orders/NewLine.h"
 #include "orders/OpenOrder.h"
 
 #include <QDateTime>
@@ -16,6 +17,7 @@
 #include <memory>
 
 class QCheckBox;
+class QKeyEvent;
 class QLabel;
 class QLineEdit;
 class QMenu;
@@ -84,6 +86,20 @@ public:
     void SetTextBoxControparte();
     const QString& currentLinesQuery() const { return m_linesQuery; }
 
+    // --- adding, changing and removing lines
+    // Answers whether a line was written: a refused line leaves the grid as it was.
+    bool Flex_AggiungiRiga();
+    void CheckPreInserimentoRiga(bool& allowed);
+    void CheckComposizione(const QString& articleCode, qint16& count);
+    const QVector<QStringList>& components() const { return m_components; }
+    void Flex_EliminaRiga();
+    void flx_Movimenti_Click();
+
+    // --- article panel
+    void Informazioni_MED();
+    void ResetInfoArticolo();
+    void CheckPreInserimentoArticolo();
+
     // --- totals
     void CalcolaTotaleRiga(double quantity, common::Money price);
     void Flex_RicalcolaTotali();
@@ -99,6 +115,9 @@ public:
     void tbComandiDocumento_ButtonClick(QAction* button);
     void tbComandiRighe_ButtonClick(QAction* button);
     void Form_KeyDown(int& keyCode, int shift);
+    // The character a key types, through the host's filter: 0 afterwards means nothing is typed.
+    void Form_KeyPress(int& keyCode);
+    void Form_Resize();
     // How many keys the form's key handling has run for, so that a test can see each key handled once.
     int keysHandled() const { return m_keysHandled; }
     // Closing asks first; cancel set keeps the form open with everything typed.
@@ -124,6 +143,7 @@ public:
 protected:
     void closeEvent(QCloseEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     void setupControls();
@@ -142,6 +162,10 @@ private:
     void menuItemChosen(MenuItemArray& items, int index);
     void numberKeyPressed();
     void setOptionGroup(const QMap<int, QRadioButton*>& options, int checked, bool enabled);
+    bool typedKeyFiltered(QWidget* receiver, QKeyEvent* key);
+    void addComponentLines();
+    orders::LineEntry lineEntry() const;
+    void copyLineBack(int row);
 
     const std::unique_ptr<Ui::frm_Commissioni> m_ui;
     KeyedToolBar m_documentBar;
@@ -165,6 +189,14 @@ private:
     QString m_initFlag;
     QString m_linesQuery;
     int m_nextLinePosition = 2;
+    // The grid row the next line overwrites (0: it is appended), and the rowid_med of the line it replaces.
+    qint16 m_existingRow = 0;
+    qint32 m_rowidMed = 0;
+    // The line last clicked, and its kind, which lines written afterwards carry.
+    qint32 m_selectedRow = 0;
+    QString m_lineTipo;
+    QVector<QStringList> m_components;
+    bool m_refilteringKey = false;
     bool m_leavingField = false;
     int m_keysHandled = 0;
     // The key press being delivered and the widget it last reached, until the key is released.

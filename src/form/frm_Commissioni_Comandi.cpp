@@ -9,7 +9,12 @@
 #include "host/Services.h"
 
 #include <QApplication>
+#include <QKeyEvent>
+#include <QScopedValueRollback>
+#include <QSpacerItem>
 #include <QToolButton>
+
+#include <algorithm>
 
 namespace xv::form {
 
@@ -19,8 +24,14 @@ namespace {
 constexpr int kKeyEscape = 27;
 constexpr int kKeyF2 = 113;
 constexpr int kKeyF3 = 114;
+constexpr int kKeyF4 = 115;
 constexpr int kKeyF5 = 116;
+constexpr int kKeyF6 = 117;
+constexpr int kKeyF7 = 118;
+constexpr int kKeyF8 = 119;
 constexpr int kKeyF9 = 120;
+
+constexpr double kTwipsPerInch = 1440.0;
 
 } // namespace
 
@@ -73,12 +84,18 @@ void frm_Commissioni::tbComandiRighe_ButtonClick(QAction* button)
 {
     const QString key = KeyedToolBar::keyOf(button);
     try {
-        if (key == QLatin1String("RESET"))
+        if (key == QLatin1String("ADD")) {
+            // A line that was refused brings none of its components either.
+            if (Flex_AggiungiRiga())
+                addComponentLines();
+        } else if (key == QLatin1String("REMOVE")) {
+            Flex_EliminaRiga();
+        } else if (key == QLatin1String("EDIT")) {
+            // The same as adding: a line is replaced only when the duplicate check finds its article.
+            Flex_AggiungiRiga();
+        } else if (key == QLatin1String("RESET")) {
             Flex_Init();
-        else if (key == QLatin1String("ADD") || key == QLatin1String("EDIT"))
-            throw common::RuntimeError::notSupported(QStringLiteral("Flex_AggiungiRiga"));
-        else if (key == QLatin1String("REMOVE"))
-            throw common::RuntimeError::notSupported(QStringLiteral("Flex_EliminaRiga"));
+        }
         Flex_RicalcolaRiga();
         Flex_RicalcolaTotali();
         StateOfButtons();
@@ -106,6 +123,10 @@ void frm_Commissioni::Form_KeyDown(int& keyCode, int)
             // As the toolbar's button does: the captions follow the new mode wherever the focus is.
             StateOfButtons();
             break;
+        case kKeyF4:
+            if (!m_documentBar.button(3)->isEnabled())
+                return;
+            throw common::RuntimeError::notSupported(QStringLiteral("SalvaAggiornaElimina"));
         case kKeyF5: {
             if (!m_documentBar.button(5)->isEnabled())
                 return;
@@ -117,6 +138,23 @@ void frm_Commissioni::Form_KeyDown(int& keyCode, int)
             }
             break;
         }
+        // F7 and F8 are crossed with respect to the toolbar, as the shop's staff have always used them:
+        // F7 asks about EDIT and removes the line, F8 asks about REMOVE and adds one. F6 adds no components.
+        case kKeyF6:
+            if (!m_linesBar.button(1)->isEnabled())
+                return;
+            Flex_AggiungiRiga();
+            break;
+        case kKeyF7:
+            if (!m_linesBar.button(3)->isEnabled())
+                return;
+            Flex_EliminaRiga();
+            break;
+        case kKeyF8:
+            if (!m_linesBar.button(2)->isEnabled())
+                return;
+            Flex_AggiungiRiga();
+            break;
         case kKeyF9:
             if (!m_linesBar.button(5)->isEnabled())
                 return;
@@ -134,6 +172,64 @@ void frm_Commissioni::Form_KeyDown(int& keyCode, int)
             StateOfButtons();
     } catch (...) {
         host::host().ReportError(QStringLiteral("Form_KeyDown"), QString(), true);
+    }
+}
+
+void frm_Commissioni::Form_KeyPress(int& keyCode)
+{
+    host::host().FilterKeyPress(keyCode);
+}
+
+// A key that types a character goes through the host's filter first: the character it leaves is the one
+// typed, none when it leaves 0.
+bool frm_Commissioni::typedKeyFiltered(QWidget* receiver, QKeyEvent* key)
+{
+    if (key->text().isEmpty())
+        return false;
+    const int typed = key->text().at(0).unicode();
+    int code = typed;
+    try {
+        Form_KeyPress(code);
+    } catch (...) {
+        host::host().ReportError(QStringLiteral("Form_KeyPress"), QString(), true);
+        return false;
+    }
+    if (code == typed)
+        return false;
+    if (code > 0 && code <= 0xFFFF) {
+        QKeyEvent replaced(key->type(), key->key(), key->modifiers(), QString(QChar(code)),
+                           key->isAutoRepeat(), key->count());
+        const QScopedValueRollback guard(m_refilteringKey, true);
+        QCoreApplication::sendEvent(receiver, &replaced);
+    }
+    return true;
+}
+
+void frm_Commissioni::resizeEvent(QResizeEvent* event)
+{
+    QMainWindow::resizeEvent(event);
+    Form_Resize();
+}
+
+// The layouts keep the main frame centred at any size; this keeps its place a little left of the middle
+// and the order number just inside the frame's left edge, as they have always been.
+void frm_Commissioni::Form_Resize()
+{
+    try {
+        const auto pixels = [this](int twips) { return qRound(twips * logicalDpiX() / kTwipsPerInch); };
+        const QMargins margins = m_ui->lay_Central->contentsMargins();
+        const int room = m_ui->centralwidget->width() - margins.left() - margins.right();
+        const int frameWidth = std::min(m_ui->fra_Main->maximumWidth(), room);
+        const int left = std::max(0, (room - frameWidth) / 2 - pixels(80));
+        for (QSpacerItem* spacer : {m_ui->spc_Left, m_ui->spc_TopLeft})
+            spacer->changeSize(left, 0, QSizePolicy::Fixed, QSizePolicy::Minimum);
+        QMargins number = m_ui->lay_Testata->contentsMargins();
+        number.setLeft(pixels(120));
+        m_ui->lay_Testata->setContentsMargins(number);
+        m_ui->lay_Top->invalidate();
+        m_ui->lay_Body->invalidate();
+    } catch (...) {
+        // A window made very small, or minimised, must raise nothing.
     }
 }
 

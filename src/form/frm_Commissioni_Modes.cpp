@@ -107,6 +107,8 @@ void frm_Commissioni::NuovoAnnulla(QAction* button)
             setTag(m_documentBar.button(1), QStringLiteral("N"));
             setTag(m_documentBar.button(2), QStringLiteral("M"));
         }
+        m_rowidMed = 0;
+        m_lineTipo.clear();
         const bool mainEnabled = m_ui->fra_Main->isEnabled();
         for (QWidget* frame : {static_cast<QWidget*>(m_ui->fra_Cliente), static_cast<QWidget*>(m_ui->fra_Evento),
                                static_cast<QWidget*>(m_ui->fra_Accessori), static_cast<QWidget*>(m_ui->fra_Confetti)})

@@ -109,10 +109,32 @@ QString dateText(const QVariant& value)
 {
     if (value.isNull())
         return {};
-    const QDateTime when = data::variantDateTime(value);
-    if (when.date() == kZeroDate)
-        return when.time().toString(QStringLiteral("HH:mm:ss"));
-    return common::shortDateTime(when);
+    QDate date;
+    QTime time;
+    switch (value.metaType().id()) {
+    case QMetaType::QDateTime: {
+        const QDateTime when = value.toDateTime();
+        date = when.date();
+        time = when.time();
+        break;
+    }
+    case QMetaType::QDate:
+        date = value.toDate();
+        time = QTime(0, 0);
+        break;
+    default: {
+        // Stored as text: read as written, without the time zone a date-time would look up.
+        const auto parts = common::parseDateAndTime(value.toString());
+        if (!parts)
+            throw RuntimeError::typeMismatch(value.toString());
+        date = parts->date;
+        time = parts->time;
+        break;
+    }
+    }
+    if (date == kZeroDate)
+        return time.toString(QStringLiteral("HH:mm:ss"));
+    return common::shortDateTime(date, time);
 }
 
 QStringList gridCells(const Recordset& rs, const QVector<int>& columnTypes)

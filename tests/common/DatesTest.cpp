@@ -46,7 +46,8 @@ TEST(DatesTest, RejectsImpossibleAndMalformedDates)
 {
     for (const char* text :
          {"31/02/2026", "29/02/2026", "29/02/1900", "00/01/2026", "1/13/2026", "2026-02-30", "1/2/202",
-          "1/2-2026", "", "2026/11/23", "1/2/2026x", "23/11/2026 25:00", "23/11/2026 12"}) {
+          "1/2-2026", "", "2026/11/23", "1/2/2026x", "23/11/2026 25:00", "23/11/2026 12",
+          "2026-11-23 24:00:00", "2026-13-01", "2026-11-23 10:6:00", "0000-01-01", "2026-11-23x10:00:00"}) {
         SCOPED_TRACE(text);
         EXPECT_FALSE(parseShortDate(QLatin1String(text)));
         EXPECT_FALSE(parseDateTime(QLatin1String(text)));
@@ -61,9 +62,33 @@ TEST(DatesTest, ParsesDateTimesKeepingTheTime)
                                                    {"23/11/2026 14:30:15", {14, 30, 15}},
                                                    {"23/11/2026", {0, 0}},
                                                    {"2026-11-23T10:00:05.5", {10, 0, 5, 500}},
-                                                   {"2026-11-23 9:07", {9, 7}}};
+                                                   {"2026-11-23 9:07", {9, 7}},
+                                                   {"2026-11-23 23:59:59", {23, 59, 59}},
+                                                   {"2026-11-23T00:00:01", {0, 0, 1}}};
     for (const auto& [text, time] : cases)
         EXPECT_EQ(parseDateTime(QLatin1String(text)), QDateTime(QDate(2026, 11, 23), time)) << text;
+}
+
+TEST(DatesTest, ShortDatesOfEveryYearWidth)
+{
+    const std::pair<QDate, const char*> cases[] = {{{9, 1, 2}, "02/01/0009"},
+                                                   {{999, 12, 31}, "31/12/0999"},
+                                                   {{1899, 12, 30}, "30/12/1899"},
+                                                   {{9999, 10, 5}, "05/10/9999"}};
+    for (const auto& [date, text] : cases)
+        EXPECT_EQ(shortDate(date), QLatin1String(text));
+}
+
+TEST(DatesTest, AStoredTextReadsAsTheDateAndTimeWrittenEvenInTheHourTheClocksSkip)
+{
+    // In Italy 02:30 on the last Sunday of March does not exist as a local time; a stored text still says it.
+    const auto parts = parseDateAndTime(QStringLiteral("2026-03-29 02:30:00"));
+    ASSERT_TRUE(parts);
+    EXPECT_EQ(parts->date, QDate(2026, 3, 29));
+    EXPECT_EQ(parts->time, QTime(2, 30));
+    EXPECT_EQ(shortDateTime(parts->date, parts->time), u"29/03/2026 02:30:00");
+    EXPECT_EQ(shortDateTime(QDate(2026, 3, 29), QTime(0, 0)), u"29/03/2026");
+    EXPECT_FALSE(parseDateAndTime(QStringLiteral("29/02/2026")));
 }
 
 TEST(DatesTest, LongDateIsItalianWhateverTheLocale)

@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: MIT
+#include "BenchShop.h"
+
+#include "common/Dates.h"
+#include "data/Database.h"
+#include "data/Recordset.h"
+#include "host/Dialogs.h"
+#include "host/Services.h"
+
+#include <memory>
+
+namespace xv::bench {
+
+namespace {
+
+void writeOrder(data::Database& db, const QDate& date, const QString& orderNumber)
+{
+    // A new database starts with this year's counter at 0; the order's number is the one it last gave.
+    db.executeBound(QStringLiteral("delete from numeratori where codtipodoc='CO' and serie=?"),
+                    {QString::number(date.year())});
+    db.executeBound(QStringLiteral("insert into numeratori (codtipodoc, tipodocumento, serie, numero) "
+                                   "values ('CO', 'COMM', ?, ?)"),
+                    {QString::number(date.year()), orderNumber.toInt()});
+    data::Transaction transaction(db);
+    data::Recordset t = data::Recordset::openTable(db, QStringLiteral("movimenti"));
+    for (int line = 0; line < BenchShop::kLines; ++line) {
+        t.addNew();
+        for (const char* text : {"Descrizione2", "codenominativo", "Indirizzo", "Cap", "comune", "Spedizione",
+                                 "provincia", "telefono", "attrib00", "attrib01", "attrib02", "attrib03",
+                                 "attrib09", "Tipo", "pagamento", "riferimenti"})
+            t.setValue(QString::fromLatin1(text), QString());
+        for (const char* number :
+             {"rowid_utente", "rowid_testata", "rowid_deposito", "rowid_med", "rowid_controparti", "sconto1",
+              "sconto2", "codice_iva", "percentuale", "Rowid_Pagamento"})
+            t.setValue(QString::fromLatin1(number), 0);
+        for (const char* when : {"datareg", "oradal", "oraal", "Datadal", "Dataal", "attrib05"})
+            t.setValue(QString::fromLatin1(when), date.startOfDay());
+        const common::Money price = common::Money::fromRaw(115000);
+        t.setMoney(QStringLiteral("prezzo"), price);
+        t.setMoney(QStringLiteral("prezzo2"), common::Money());
+        t.setMoney(QStringLiteral("imponibile"), common::Money::fromRaw(115000LL * (1 + line % 120)));
+        t.setMoney(QStringLiteral("imposta"), common::Money());
+        t.setMoney(QStringLiteral("totale"), common::Money::fromRaw(115000LL * (1 + line % 120)));
+        t.setValue(QStringLiteral("Riga"), line + 1);
+        t.setValue(QStringLiteral("Tipogestione"), QStringLiteral("0"));
+        t.setValue(QStringLiteral("Tipomovimento"), QStringLiteral("CO"));
+        t.setValue(QStringLiteral("documento"), QStringLiteral("COMM"));
+        t.setValue(QStringLiteral("numero"), orderNumber);
+        t.setValue(QStringLiteral("serie"), QString::number(date.year()));
+        t.setValue(QStringLiteral("datadocumento"), date);
+        t.setValue(QStringLiteral("StatoRiga"),
+                   line % 3 ? QStringLiteral("EMESSO") : QStringLiteral("RITIRATO"));
+        t.setValue(QStringLiteral("Nominativo"), QStringLiteral("Rossi Maria"));
+        t.setValue(QStringLiteral("attrib04"), QStringLiteral("Matrimonio"));
+        t.setValue(QStringLiteral("attrib06"), QStringLiteral("Marco e Giulia"));
+        t.setValue(QStringLiteral("codice_med"),
+                   QStringLiteral("BOM%1").arg(line % 100, 3, 10, QLatin1Char('0')));
+        t.setValue(QStringLiteral("Descrizione1"), QStringLiteral("Bomboniera portaconfetti in porcellana"));
+        t.setValue(QStringLiteral("qta"), 1 + line % 120);
+        t.setValue(QStringLiteral("note"), common::shortDate(date)); // the line's own pick-up date
+        t.update();
+    }
+    transaction.commit();
+}
+
+// The articles of the order's lines in the shop's list, and one more that the order does not hold yet.
+void writeArticles(data::Database& db)
+{
+    data::Transaction transaction(db);
+    for (int article = 0; article <= 100; ++article) {
+        const QString code = article < 100 ? QStringLiteral("BOM%1").arg(article, 3, 10, QLatin1Char('0'))
+                                           : QStringLiteral("NUOVO1");
+        db.executeBound(
+            QStringLiteral("insert into med (codice, descrizione, prezzo_vendita, quantita_reale, "
+                           "quantita_disponibile) values (?, ?, '11.5000', 500, 400)"),
+            {code, QStringLiteral("Bomboniera portaconfetti in porcellana")});
+    }
+    transaction.commit();
+}
+
+// The shop's own colours, kept in its settings as the configuration window writes them.
+void writeColours(host::Host& h)
+{
+    const std::pair<const char*, const char*> colours[] = {{"Bloccato", "&HEBF0F5"},
+                                                           {"Disabilitato", "&HD0D0D0"},
+                                                           {"Inattivo", "&HE8E8E8"},
+                                                           {"Ritirato", "&H207000"},
+                                                           {"Emesso", "&H903C00"}};
+    for (const auto& [key, value] : colours)
+        h.SaveSetting(QStringLiteral("Colori"), QString::fromLatin1(key), QString::fromLatin1(value),
+                      QStringLiteral("eKELA"));
+}
+
+} // namespace
+
+BenchShop::BenchShop()
+{
+    host::HostOptions options;
+    options.dataPath = m_dir.path() + QLatin1Char('/');
+    options.connectionText = QStringLiteral("sqlite:") + m_dir.path() + QStringLiteral("/bench.db");
+    options.fillDemoData = false;
+    options.userName = QStringLiteral("bench");
+    options.stationName = QStringLiteral("BANCO1");
+    auto owned = std::make_unique<host::Host>(options);
+    if (!owned->Initialize())
+        return;
+    m_host = owned.get();
+    host::setHost(std::move(owned));
+    host::setFormSettings(
+        std::make_unique<host::IniFormSettings>(options.dataPath + QStringLiteral("finestre.ini")));
+    host::Dialogs::setMessageHandler([this](const host::MessageRequest&) {
+        ++m_boxes;
+        return host::Answer::No;
+    });
+    writeOrder(m_host->GetConnection(), QDate(QDate::currentDate().year(), 3, 14), m_number);
+    writeArticles(m_host->GetConnection());
+    writeColours(*m_host);
+}
+
+BenchShop::~BenchShop()
+{
+    host::Dialogs::setMessageHandler({});
+    host::resetServices();
+}
+
+} // namespace xv::bench
