@@ -19,6 +19,12 @@ QString shortDateTime(const QDateTime& dateTime);
 std::optional<QDate> parseShortDate(const QString& text);
 std::optional<QDateTime> parseDateTime(const QString& text);
 
+// A date as staff type it into a date field: day first, with '/', '-', '.' or a blank between the parts
+// ("23/11/26", "23-11-2026") or the digits alone ("23112026", "231126"); the day and month alone
+// ("23/11", "2311") mean that day of today's year. A two-digit year is the one nearest to today's.
+// Nothing when the text is no such date, or no date of the calendar.
+std::optional<QDate> parseTypedDate(const QString& text, const QDate& today = QDate::currentDate());
+
 bool isDate(const QString& text);
 QDate toDate(const QString& text);
 
