@@ -34,8 +34,8 @@ QString withoutBlanks(const QString& text)
 // Purchases are the suppliers' delivery notes; every other movement of an article is a sale.
 QString movementSql(const QString& code, const char* condition)
 {
-    return QStringLiteral("select qta, datadocumento from doc_righemov where codice='") + data::sqlEscape(code) +
-           QStringLiteral("' and ") + QLatin1String(condition) +
+    return QStringLiteral("select qta, datadocumento from doc_righemov where codice='") +
+           data::sqlEscape(code) + QStringLiteral("' and ") + QLatin1String(condition) +
            QStringLiteral(" order by datadocumento desc, rowid desc limit 1");
 }
 
@@ -43,7 +43,8 @@ QString movementSql(const QString& code, const char* condition)
 
 const QString kDefaultAgentSql = QStringLiteral(
     "SELECT distinct agente.RAGSOC,agente.EMAIL FROM controparti as fornitore,controparti as agente,"
-    "doc_righemov as righe where fornitore.codagente=agente.rowid and fornitore.rowid=righe.rowid_controparte");
+    "doc_righemov as righe where fornitore.codagente=agente.rowid and "
+    "fornitore.rowid=righe.rowid_controparte");
 
 QString articleSql(const QString& code)
 {
@@ -161,7 +162,8 @@ ExistingLine findExistingLine(bool checkAddRigaFlex, const QString& code, int ro
     for (int row = FirstDataRow; row < rows; ++row) {
         if (withoutBlanks(cell(row, Col_codice_med)) != wanted)
             continue;
-        return {common::toInt16(static_cast<double>(row)), common::toInt32(common::numericValue(cell(row, Col_rowid_med)))};
+        return {common::toInt16(static_cast<double>(row)),
+                common::toInt32(common::numericValue(cell(row, Col_rowid_med)))};
     }
     return {};
 }

@@ -19,12 +19,14 @@ using xv::data::Recordset;
 
 TEST(ArticleInfoTest, EveryCodeIsQuotedInThePanelsQueries)
 {
-    EXPECT_EQ(articleSql("BOM'1"), "SELECT rowid,descrizione,prezzo_vendita,quantita_reale,quantita_disponibile,"
-                                   "quantita_ordinata,quantita_impegnata FROM med WHERE codice='BOM''1'");
-    EXPECT_EQ(agentSql(kDefaultAgentSql, "A1"),
-              "SELECT distinct agente.RAGSOC,agente.EMAIL FROM controparti as fornitore,controparti as agente,"
-              "doc_righemov as righe where fornitore.codagente=agente.rowid and "
-              "fornitore.rowid=righe.rowid_controparte and righe.codice='A1'");
+    EXPECT_EQ(articleSql("BOM'1"),
+              "SELECT rowid,descrizione,prezzo_vendita,quantita_reale,quantita_disponibile,"
+              "quantita_ordinata,quantita_impegnata FROM med WHERE codice='BOM''1'");
+    EXPECT_EQ(
+        agentSql(kDefaultAgentSql, "A1"),
+        "SELECT distinct agente.RAGSOC,agente.EMAIL FROM controparti as fornitore,controparti as agente,"
+        "doc_righemov as righe where fornitore.codagente=agente.rowid and "
+        "fornitore.rowid=righe.rowid_controparte and righe.codice='A1'");
     EXPECT_EQ(agentSql("select ragsoc, email from agenti where 1=1", "x'); drop table med; --"),
               "select ragsoc, email from agenti where 1=1 and righe.codice='x''); drop table med; --'");
     for (const QString& sql : {lastLoadSql("O'Neil"), lastSaleSql("O'Neil")})
@@ -33,10 +35,10 @@ TEST(ArticleInfoTest, EveryCodeIsQuotedInThePanelsQueries)
 
 TEST(ArticleInfoTest, AnArticleWithoutAvailableStockShowsZero)
 {
-    Recordset rs = Recordset::fromRows(
-        {"rowid", "descrizione", "prezzo_vendita", "quantita_reale", "quantita_disponibile", "quantita_ordinata",
-         "quantita_impegnata"},
-        {{7, "Cuore d'argento", 12.5, 5.0, QVariant(), 2.0, 1.5}, {8, "Vasetto", 3, 0.0, 4.0, QVariant(), 0.0}});
+    Recordset rs = Recordset::fromRows({"rowid", "descrizione", "prezzo_vendita", "quantita_reale",
+                                        "quantita_disponibile", "quantita_ordinata", "quantita_impegnata"},
+                                       {{7, "Cuore d'argento", 12.5, 5.0, QVariant(), 2.0, 1.5},
+                                        {8, "Vasetto", 3, 0.0, 4.0, QVariant(), 0.0}});
     const auto first = readArticle(rs);
     ASSERT_TRUE(first);
     EXPECT_EQ(first->rowid, "7");
@@ -67,8 +69,14 @@ TEST(ArticleInfoTest, AMovementShowsItsQuantityFirst)
 TEST(ArticleInfoTest, AQuantityAtOrBelowTheThresholdIsRed)
 {
     const std::tuple<const char*, qint16, xv::host::Colour> cases[] = {
-        {"0", 0, kStockLow}, {"1", 0, kStockGood},   {"", 0, kStockLow},       {"5", 5, kStockLow},
-        {"5.5", 5, kStockGood}, {"-2", 0, kStockLow}, {"120 del 12/03/2025", 5, kStockGood}, {"abc", 5, kStockLow},
+        {"0", 0, kStockLow},
+        {"1", 0, kStockGood},
+        {"", 0, kStockLow},
+        {"5", 5, kStockLow},
+        {"5.5", 5, kStockGood},
+        {"-2", 0, kStockLow},
+        {"120 del 12/03/2025", 5, kStockGood},
+        {"abc", 5, kStockLow},
     };
     for (const auto& [text, threshold, colour] : cases)
         EXPECT_EQ(stockColour(text, threshold), colour) << text << " against " << threshold;
@@ -86,15 +94,17 @@ TEST(ArticleInfoTest, TheStockCheckAsksOnlyWhenSwitchedOnAndShort)
         float missing;
     };
     const Case cases[] = {
-        {"1", "8", "5", true, true, 3},     {"1", "5", "5", true, false, 0},   {"1", "4", "5", false, false, 0},
-        {"2", "8", "5", false, false, 0},   {"0", "8", "5", false, false, 0},  {"", "8", "5", false, false, 0},
-        {"1.0", "8", "5", true, true, 3},   {"1", "", "5", false, false, 0},   {"1", "0", "", false, false, 0},
-        {"1", "3", "", true, true, 3},      {"1", "2.5", "1", true, true, 1.5}, {"1 ", "6", "0", true, true, 6},
+        {"1", "8", "5", true, true, 3},     {"1", "5", "5", true, false, 0},
+        {"1", "4", "5", false, false, 0},   {"2", "8", "5", false, false, 0},
+        {"0", "8", "5", false, false, 0},   {"", "8", "5", false, false, 0},
+        {"1.0", "8", "5", true, true, 3},   {"1", "", "5", false, false, 0},
+        {"1", "0", "", false, false, 0},    {"1", "3", "", true, true, 3},
+        {"1", "2.5", "1", true, true, 1.5}, {"1 ", "6", "0", true, true, 6},
         {"1", "abc", "0", true, false, 0},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(testing::Message() << "setting " << c.setting << ", asked " << c.quantity << ", real "
-                                        << c.real);
+        SCOPED_TRACE(testing::Message()
+                     << "setting " << c.setting << ", asked " << c.quantity << ", real " << c.real);
         const StockCheck check = checkStock(c.setting, c.quantity, c.real);
         EXPECT_EQ(check.mailAllowed, c.mailAllowed);
         EXPECT_EQ(check.ask, c.ask);
@@ -146,8 +156,9 @@ TEST(ArticleInfoTest, TheSameArticleIsFoundByItsCodeWithoutBlanksCaseCounting)
         qint32 rowidMed;
     };
     const Case cases[] = {
-        {true, "A1", 3, 31}, {true, " A1 ", 3, 31}, {true, "a1", 0, 0}, {true, "A2", 0, 0}, {true, "a2", 5, 9},
-        {true, "B7", 2, 12}, {true, "", 0, 0},      {false, "A1", 0, 0}, {false, "B7", 0, 0},
+        {true, "A1", 3, 31}, {true, " A1 ", 3, 31}, {true, "a1", 0, 0},
+        {true, "A2", 0, 0},  {true, "a2", 5, 9},    {true, "B7", 2, 12},
+        {true, "", 0, 0},    {false, "A1", 0, 0},   {false, "B7", 0, 0},
     };
     for (const Case& c : cases) {
         const ExistingLine found = findExistingLine(c.on, c.typed, 6, read);
