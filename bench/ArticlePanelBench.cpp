@@ -68,8 +68,8 @@ void showTheArticlePanelForACode(benchmark::State& state)
         return host::Answer::No;
     });
     QStringList codes;
-    for (data::Recordset busiest = h.OpenRecordset(
-             QStringLiteral("select codice_med, count(*) as n from movimenti group by codice_med order by 2 desc"));
+    for (data::Recordset busiest = h.OpenRecordset(QStringLiteral(
+             "select codice_med, count(*) as n from movimenti group by codice_med order by 2 desc"));
          !busiest.eof() && codes.size() < 2; busiest.moveNext())
         codes << busiest.text(QStringLiteral("codice_med"));
 
@@ -93,8 +93,9 @@ void showTheArticlePanelForACode(benchmark::State& state)
             }
             if (real->text().isEmpty() || form.lblInfo(22)->text().isEmpty())
                 state.SkipWithError("the panel stayed empty");
-            state.counters["movements"] = static_cast<double>(
-                h.OpenRecordset(QStringLiteral("select count(*) as n from movimenti")).number(QStringLiteral("n")));
+            state.counters["movements"] =
+                static_cast<double>(h.OpenRecordset(QStringLiteral("select count(*) as n from movimenti"))
+                                        .number(QStringLiteral("n")));
         }
         if (boxes > 0)
             state.SkipWithError("a message box appeared");

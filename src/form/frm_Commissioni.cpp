@@ -382,7 +382,7 @@ bool frm_Commissioni::eventFilter(QObject* watched, QEvent* event)
     if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) {
         auto* box = qobject_cast<QLineEdit*>(watched);
         if (box && box->window() == this)
-            fieldFocusChanged(box, *static_cast<QFocusEvent*>(event));
+            return fieldFocusChanged(box, *static_cast<QFocusEvent*>(event));
     }
     return false;
 }

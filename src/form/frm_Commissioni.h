@@ -166,7 +166,8 @@ private:
     void pickCustomer();
     void grid_RightButtonDown(const QPoint& globalPos);
     void menuItemChosen(MenuItemArray& items, int index);
-    void fieldFocusChanged(QLineEdit* box, const QFocusEvent& event);
+    // True when a box refused to be left: it has the focus again and must not see itself lose it.
+    bool fieldFocusChanged(QLineEdit* box, const QFocusEvent& event);
     void leaveHeaderField(QLineEdit* box);
     bool leaveDateField(QLineEdit* box);
     bool leaveCodeField();

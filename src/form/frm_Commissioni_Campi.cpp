@@ -23,35 +23,41 @@ constexpr int kKeyReturn = 13;
 
 } // namespace
 
-void frm_Commissioni::fieldFocusChanged(QLineEdit* box, const QFocusEvent& event)
+bool frm_Commissioni::fieldFocusChanged(QLineEdit* box, const QFocusEvent& event)
 {
     // Another window coming up (a message, a list, a pop-up menu) does not take the operator out of the
     // field: the field is left only when the focus moves within the form.
     if (event.reason() == Qt::ActiveWindowFocusReason || event.reason() == Qt::PopupFocusReason) {
         if (event.gotFocus() && box != m_fieldWithFocus && !m_fieldWithFocus)
             TextBox_GotFocus(box);
-        return;
+        return false;
     }
     if (event.gotFocus()) {
         TextBox_GotFocus(box);
-        return;
+        // Reached from the keyboard or sent back after a refusal, the whole text is selected so that
+        // typing replaces it; a click places the cursor where it was made.
+        if (event.reason() != Qt::MouseFocusReason)
+            box->selectAll();
+        return false;
     }
     // A box that never had the focus (the focus was taken back from it before it arrived) left nothing.
     if (box != m_fieldWithFocus)
-        return;
+        return false;
     if (m_fieldColoured)
         box->setPalette(m_restingPalette);
     m_fieldColoured = false;
     m_fieldWithFocus = nullptr;
     if (m_leftAlready == box) {
         m_leftAlready = nullptr;
-        return;
+        return false;
     }
     // Only text the operator typed into the code loads an article: a code put there by a click on a line
     // comes with that line's own description and price, which must stay.
     if (box == m_ui->txt_codice && !box->isModified())
-        return;
-    TextBox_LostFocus(box);
+        return false;
+    // Refused, the box has taken the focus back; its own handling of the loss would clear the selection
+    // of the text to correct.
+    return !TextBox_LostFocus(box) && box->hasFocus();
 }
 
 void frm_Commissioni::TextBox_GotFocus(QLineEdit* box)

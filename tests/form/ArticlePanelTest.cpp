@@ -173,6 +173,22 @@ TEST_P(ArticlePanelTest, AnUnknownCodeSaysSoEmptiesTheLineAndKeepsTheFocus)
     EXPECT_EQ(focusName(), "txt_qta");
 }
 
+TEST_P(ArticlePanelTest, AShopsAgentQueryThatFailsIsReportedAndTheArticleStaysShown)
+{
+    test::ScriptedDialogs noBoxes;
+    addArticle("BOM001", "Cuore d'argento", 125000, 40, 35);
+    m_host->SaveSetting("COMM", "SQL_Informazioni_MED", "select ragsoc from tabella_che_non_esiste where 1=1",
+                        "DOCS");
+    openOrderForLines();
+    type("txt_codice", "BOM001");
+    enter("txt_codice");
+    EXPECT_EQ(m_recording->reported, QStringList{"Informazioni_MED|Codice: BOM001"});
+    EXPECT_EQ(text("txt_descrizione"), "Cuore d'argento");
+    EXPECT_EQ(text("txt_prezzo"), Money::fromRaw(125000).toCurrencyText());
+    EXPECT_FALSE(label("lbl_MsgCodice")->isVisible());
+    EXPECT_EQ(focusName(), "txt_qta") << "the article is known: the operator goes on";
+}
+
 TEST_P(ArticlePanelTest, StockAtOrBelowTheThresholdIsRedWithAWarning)
 {
     test::ScriptedDialogs noBoxes;
@@ -334,6 +350,7 @@ TEST_P(ArticlePanelTest, DatesAreReadAsTypedAndShownInFull)
         QTest::mouseClick(field("txt_soggettiEvento"), Qt::LeftButton);
         EXPECT_EQ(focusName(), "txt_dataRitiro1");
         EXPECT_EQ(text("txt_dataRitiro1"), bad);
+        EXPECT_EQ(field("txt_dataRitiro1")->selectedText(), bad) << "ready to be typed over";
         ASSERT_EQ(dialogs.messages().size(), before + 2);
         EXPECT_EQ(dialogs.messages()[before].icon, host::Icon::Exclamation);
     }
