@@ -172,6 +172,47 @@ std::optional<QDateTime> parseDateTime(const QString& text)
     return std::nullopt;
 }
 
+std::optional<QDate> parseTypedDate(const QString& text, const QDate& today)
+{
+    static const QRegularExpression separated(
+        QStringLiteral(R"(^([0-9]{1,2})[/.\- ]([0-9]{1,2})(?:[/.\- ]([0-9]{4}|[0-9]{2}))?$)"));
+    static const QRegularExpression digitsOnly(QStringLiteral(R"(^[0-9]+$)"));
+
+    const QString trimmed = text.trimmed();
+    int day = 0;
+    int month = 0;
+    QString year;
+    if (digitsOnly.match(trimmed).hasMatch()) {
+        if (trimmed.size() != 4 && trimmed.size() != 6 && trimmed.size() != 8)
+            return std::nullopt;
+        day = trimmed.mid(0, 2).toInt();
+        month = trimmed.mid(2, 2).toInt();
+        year = trimmed.mid(4);
+    } else if (const QRegularExpressionMatch match = separated.match(trimmed); match.hasMatch()) {
+        day = match.captured(1).toInt();
+        month = match.captured(2).toInt();
+        year = match.captured(3);
+    } else {
+        return std::nullopt;
+    }
+
+    int fullYearNumber = today.year();
+    if (year.size() == 4) {
+        fullYearNumber = year.toInt();
+    } else if (year.size() == 2) {
+        // An order's dates lie near today: "99" typed in 2026 is 1999, "30" is 2030.
+        fullYearNumber = today.year() / 100 * 100 + year.toInt();
+        if (fullYearNumber > today.year() + 50)
+            fullYearNumber -= 100;
+        else if (fullYearNumber <= today.year() - 50)
+            fullYearNumber += 100;
+    }
+    const QDate date(fullYearNumber, month, day);
+    if (!date.isValid())
+        return std::nullopt;
+    return date;
+}
+
 bool isDate(const QString& text)
 {
     return parseParts(text).has_value();

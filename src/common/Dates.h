@@ -30,6 +30,12 @@ std::optional<DateAndTime> parseDateAndTime(const QString& text);
 // As shortDateTime: the time left out when it is exactly midnight.
 QString shortDateTime(const QDate& date, const QTime& time);
 
+// A date as staff type it into a date field: day first, with '/', '-', '.' or a blank between the parts
+// ("23/11/26", "23-11-2026") or the digits alone ("23112026", "231126"); the day and month alone
+// ("23/11", "2311") mean that day of today's year. A two-digit year is the one nearest to today's.
+// Nothing when the text is no such date, or no date of the calendar.
+std::optional<QDate> parseTypedDate(const QString& text, const QDate& today = QDate::currentDate());
+
 bool isDate(const QString& text);
 QDate toDate(const QString& text);
 

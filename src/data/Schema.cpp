@@ -256,8 +256,21 @@ QStringList version2(Engine engine)
     return statements;
 }
 
+// The article panel looks an article's movements up by its code: the suppliers it was bought from, its
+// newest delivery note and its newest sale, each one step into an index that begins with the code. The
+// plain index on the code has nothing left to do.
+QStringList version3(Engine)
+{
+    return {
+        QStringLiteral("create index ix_movimenti_articolo_controparte on movimenti (codice_med, rowid_controparti)"),
+        QStringLiteral("create index ix_movimenti_articolo_tipo on movimenti (codice_med, Tipomovimento, datadocumento)"),
+        QStringLiteral("create index ix_movimenti_articolo_data on movimenti (codice_med, datadocumento)"),
+        QStringLiteral("drop index ix_movimenti_codice"),
+    };
+}
+
 using Migration = std::function<QStringList(Engine)>;
-const Migration kMigrations[] = {version1, version2};
+const Migration kMigrations[] = {version1, version2, version3};
 
 int typeCodeOfDeclared(const QString& declared)
 {

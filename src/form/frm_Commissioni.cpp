@@ -301,7 +301,13 @@ void frm_Commissioni::menuItemChosen(MenuItemArray& items, int index)
     if (code.isEmpty() || !m_ui->txt_codice->isEnabled())
         return;
     m_ui->txt_codice->setText(code);
-    m_ui->txt_codice->setFocus();
+    Informazioni_MED();
+    // The article is loaded: leaving the code field for the quantity has nothing more to do.
+    if (m_fieldWithFocus == m_ui->txt_codice)
+        m_leftAlready = m_ui->txt_codice;
+    m_ui->txt_qta->setFocus(Qt::TabFocusReason);
+    if (m_leftAlready && m_leftAlready->hasFocus())
+        m_leftAlready = nullptr;
 }
 
 void frm_Commissioni::SetStatusBarUser()
@@ -329,10 +335,15 @@ QString frm_Commissioni::statusPanelText(int panel) const
 
 void frm_Commissioni::setBackground(QWidget* widget, host::Colour colour)
 {
-    QPalette palette = widget->palette();
+    // The box being typed in keeps the active colour; this is the colour it returns to when left.
+    const bool typingIn = m_fieldColoured && widget == m_fieldWithFocus;
+    QPalette palette = typingIn ? m_restingPalette : widget->palette();
     palette.setColor(QPalette::Base, host::toQColor(colour));
     palette.setColor(QPalette::Window, host::toQColor(colour));
-    widget->setPalette(palette);
+    if (typingIn)
+        m_restingPalette = palette;
+    else
+        widget->setPalette(palette);
 }
 
 bool frm_Commissioni::eventFilter(QObject* watched, QEvent* event)
@@ -362,31 +373,33 @@ bool frm_Commissioni::eventFilter(QObject* watched, QEvent* event)
             int code = suiteKeyCode(key->key());
             Form_KeyDown(code, static_cast<int>(key->modifiers()));
             // The text fields' own key handling refreshes the commands after the form has seen the key.
-            if (qobject_cast<QLineEdit*>(widget) && isVisible())
+            auto* box = qobject_cast<QLineEdit*>(widget);
+            if (box && isVisible())
                 StateOfButtons();
+            if (box && TextBox_KeyDown(box, suiteKeyCode(key->key())))
+                return true;
             // Function keys belong to the form; every other key goes on to the field.
             return functionKey || typedKeyFiltered(widget, key);
         }
         return false;
     }
-    if (event->type() != QEvent::FocusOut)
-        return false;
-    if ((watched == m_ui->txt_qta || watched == m_ui->txt_prezzo) && !m_ui->txt_prezzo->text().isEmpty()) {
-        try {
-            CalcolaTotaleRiga(common::numericValue(m_ui->txt_qta->text()),
-                              common::Money::parse(m_ui->txt_prezzo->text()));
-        } catch (...) {
-            host::host().ReportError(QStringLiteral("CalcolaTotaleRiga"), QStringLiteral("Prezzo non valido"), true);
-        }
-        return false;
+    if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) {
+        auto* box = qobject_cast<QLineEdit*>(watched);
+        if (box && box->window() == this)
+            return fieldFocusChanged(box, *static_cast<QFocusEvent*>(event));
     }
+    return false;
+}
+
+void frm_Commissioni::leaveHeaderField(QLineEdit* watched)
+{
     // Leaving a header field decides whether lines may be entered; leaving the customer fills it.
     const bool headerField = watched == m_ui->txt_numeroCommissione || watched == m_ui->txt_ragsoc ||
                              watched == m_ui->txt_dataEvento || watched == m_ui->txt_soggettiEvento ||
                              watched == m_ui->txt_dataRitiro1 || watched == m_ui->txt_dataRitiro2;
     // A list window opening takes the focus too: nothing is filled while it is up.
     if (!headerField || m_leavingField || QApplication::activeModalWidget())
-        return false;
+        return;
     m_leavingField = true;
     try {
         if (watched == m_ui->txt_ragsoc && m_ui->txt_ragsoc->isEnabled())
@@ -398,7 +411,6 @@ bool frm_Commissioni::eventFilter(QObject* watched, QEvent* event)
                                  QString(), true);
     }
     m_leavingField = false;
-    return false;
 }
 
 void frm_Commissioni::numberKeyPressed()

@@ -10,6 +10,7 @@
 #include <QDateTime>
 #include <QMainWindow>
 #include <QMap>
+#include <QPalette>
 #include <QPointer>
 #include <QVector>
 
@@ -17,6 +18,7 @@
 #include <memory>
 
 class QCheckBox;
+class QFocusEvent;
 class QKeyEvent;
 class QLabel;
 class QLineEdit;
@@ -95,15 +97,34 @@ public:
     void Flex_EliminaRiga();
     void flx_Movimenti_Click();
 
-    // --- article panel
-    void Informazioni_MED();
-    void ResetInfoArticolo();
-    void CheckPreInserimentoArticolo();
-
     // --- totals
     void CalcolaTotaleRiga(double quantity, common::Money price);
     void Flex_RicalcolaTotali();
     void Flex_RicalcolaRiga();
+
+    // --- article panel and stock check
+    void Informazioni_MED();
+    void ResetInfoArticolo();
+    void CheckPreInserimentoArticolo();
+    void CheckQtaMED();
+    void InviaRiordino();
+    QLabel* lblInfoArt(int index) const;
+    // The duplicate-line check's answer: the grid row the next line overwrites (0: a new line is added)
+    // and that line's article row id.
+    qint16 existingRow() const { return m_existingRow; }
+    qint32 rowidMed() const { return m_rowidMed; }
+    // What the last stock check left for the reorder mail.
+    float missingQuantity() const { return m_missingQuantity; }
+    bool reorderMailAllowed() const { return m_reorderMail; }
+    const QString& reorderQuestionText() const { return m_reorderQuestion; }
+
+    // --- text fields: every text box of the form comes through these
+    void TextBox_GotFocus(QLineEdit* box);
+    // True when the key was used up here (Enter, which moves on or adds the line).
+    bool TextBox_KeyDown(QLineEdit* box, int keyCode);
+    // What leaving a field does (loading the article, the stock check, reading a date, ...); false when
+    // the field refused what it holds and keeps the focus.
+    bool TextBox_LostFocus(QLineEdit* box);
 
     // --- accessories
     void chk_Confetti_Click(int index);
@@ -160,6 +181,15 @@ private:
     void pickCustomer();
     void grid_RightButtonDown(const QPoint& globalPos);
     void menuItemChosen(MenuItemArray& items, int index);
+    // True when a box refused to be left: it has the focus again and must not see itself lose it.
+    bool fieldFocusChanged(QLineEdit* box, const QFocusEvent& event);
+    void leaveHeaderField(QLineEdit* box);
+    bool leaveDateField(QLineEdit* box);
+    bool leaveCodeField();
+    bool leavePriceField();
+    void moveOnFrom(QLineEdit* box);
+    void refuseField(QLineEdit* box, const QString& message);
+    void setStockMarker(QLabel* marker, const QString& quantityText);
     void numberKeyPressed();
     void setOptionGroup(const QMap<int, QRadioButton*>& options, int checked, bool enabled);
     bool typedKeyFiltered(QWidget* receiver, QKeyEvent* key);
@@ -189,9 +219,6 @@ private:
     QString m_initFlag;
     QString m_linesQuery;
     int m_nextLinePosition = 2;
-    // The grid row the next line overwrites (0: it is appended), and the rowid_med of the line it replaces.
-    qint16 m_existingRow = 0;
-    qint32 m_rowidMed = 0;
     // The line last clicked, and its kind, which lines written afterwards carry.
     qint32 m_selectedRow = 0;
     QString m_lineTipo;
@@ -206,6 +233,32 @@ private:
         QPointer<QWidget> receiver;
     };
     KeyDelivery m_keyDelivery;
+
+    // The duplicate-line check's answer for the next line added: the grid row to overwrite (0: append)
+    // and that line's article row id.
+    qint16 m_existingRow = 0;
+    qint32 m_rowidMed = 0;
+    // What the article panel shows, kept as values so that the stock check need not read labels.
+    struct ArticlePanel
+    {
+        QString realStock;
+        QString agentName;
+        QString agentEmail;
+    };
+    ArticlePanel m_panel;
+    bool m_articleMissing = false; // the code last looked up is not in the catalogue
+    // The stock check's outcome, and the article it was made for, for the reorder mail.
+    float m_missingQuantity = 0;
+    bool m_reorderMail = false;
+    QString m_reorderQuestion;
+    QString m_mailCode;
+    QString m_mailDescription;
+    // The text box that has the focus, the look it had before it took the active colour, and a box
+    // whose leaving has already been handled (by Enter) before its focus actually moves.
+    QPointer<QLineEdit> m_fieldWithFocus;
+    QPalette m_restingPalette;
+    bool m_fieldColoured = false;
+    QPointer<QLineEdit> m_leftAlready;
 };
 
 } // namespace xv::form

@@ -1,31 +1,84 @@
 // SPDX-License-Identifier: MIT
-// The article of the line being entered: what the shop's list says of it, and whether the order has it.
+// The article panel, the stock check made when the quantity is left, and the duplicate-line check.
 #include "frm_Commissioni.h"
 
 #include "ui_frm_Commissioni.h"
 
-#include "common/Conversions.h"
-#include "data/Recordset.h"
-#include "data/SqlText.h"
+#include "host/Dialogs.h"
 #include "host/Services.h"
+#include "lines/ArticleInfo.h"
 #include "lines/FlexGrid.h"
-#include "lines/GridColumns.h"
+
+#include <QLabel>
+#include <QPushButton>
 
 namespace xv::form {
+
+QLabel* frm_Commissioni::lblInfoArt(int index) const
+{
+    return m_lblInfoArt.value(index);
+}
+
+void frm_Commissioni::setStockMarker(QLabel* marker, const QString& quantityText)
+{
+    // Each comparison asks the host for the threshold again: the shop may change it at any time.
+    const host::Colour colour = lines::stockColour(quantityText, host::host().GetStockThreshold());
+    marker->setAutoFillBackground(true);
+    QPalette palette = marker->palette();
+    palette.setColor(QPalette::Window, host::toQColor(colour));
+    marker->setPalette(palette);
+}
 
 void frm_Commissioni::Informazioni_MED()
 {
     const QString code = m_ui->txt_codice->text();
     try {
+        m_ui->lbl_MsgCodice->setVisible(false);
+        m_articleMissing = false;
         if (code.isEmpty())
             return;
-        const data::Recordset article = host::host().OpenRecordset(
-            QStringLiteral("SELECT rowid,descrizione,prezzo_vendita FROM med WHERE codice='") +
-            data::sqlEscape(code) + QLatin1Char('\''));
-        if (!article.eof()) {
-            m_ui->txt_rowidArticolo->setText(article.text(QStringLiteral("rowid")));
-            m_ui->txt_descrizione->setText(article.text(QStringLiteral("descrizione")));
-            m_ui->txt_prezzo->setText(article.money(QStringLiteral("prezzo_vendita")).toCurrencyText());
+        host::IHost& h = host::host();
+        const std::optional<lines::Article> article =
+            lines::readArticle(h.OpenRecordset(lines::articleSql(code), -1, 0));
+        if (!article) {
+            m_articleMissing = true;
+            m_ui->lbl_MsgCodice->setVisible(true);
+            m_ui->txt_qta->clear();
+            m_ui->txt_descrizione->clear();
+            m_ui->txt_prezzo->clear();
+        } else {
+            m_ui->txt_rowidArticolo->setText(article->rowid);
+            m_ui->txt_descrizione->setText(article->descrizione);
+            m_ui->txt_prezzo->setText(article->prezzo.toCurrencyText());
+
+            const QString agentQuery =
+                h.GetSetting(QStringLiteral("COMM"), QStringLiteral("SQL_Informazioni_MED"),
+                             lines::kDefaultAgentSql, QStringLiteral("DOCS"));
+            const data::Recordset agent = h.OpenRecordset(lines::agentSql(agentQuery, code), -1, 0);
+            // Without a supplier on record the agent shown stays: it may still be the one to ask.
+            if (!agent.eof()) {
+                m_panel.agentName = agent.text(QStringLiteral("ragsoc"));
+                m_panel.agentEmail = agent.text(QStringLiteral("Email"));
+                lblInfo(22)->setText(m_panel.agentName);
+                setTag(lblInfo(22), m_panel.agentEmail);
+            }
+
+            m_panel.realStock = article->quantitaReale;
+            m_ui->lbl_quantita_reale->setText(article->quantitaReale);
+            setStockMarker(lblInfo(10), article->quantitaReale);
+            const bool low = lines::isStockLow(article->quantitaReale, h.GetStockThreshold());
+            lblInfo(10)->setVisible(low);
+            lblInfo(29)->setVisible(low);
+
+            m_ui->lbl_quantita_disponibile->setText(article->quantitaDisponibile);
+            setStockMarker(lblInfo(11), article->quantitaDisponibile);
+            m_ui->lbl_quantita_ordinata->setText(article->quantitaOrdinata);
+            m_ui->lbl_quantita_impegnata->setText(article->quantitaImpegnata);
+
+            lblInfoArt(0)->setText(lines::movementText(h.OpenRecordset(lines::lastLoadSql(code), -1, 0)));
+            lblInfoArt(1)->setText(lines::movementText(h.OpenRecordset(lines::lastSaleSql(code), -1, 0)));
+            setStockMarker(lblInfo(1), lblInfoArt(1)->text());
+            setStockMarker(lblInfo(0), lblInfoArt(0)->text());
         }
         if (m_ui->txt_qta->text().isEmpty())
             m_ui->txt_qta->setText(QStringLiteral("1"));
@@ -36,7 +89,17 @@ void frm_Commissioni::Informazioni_MED()
 
 void frm_Commissioni::ResetInfoArticolo()
 {
-    m_ui->txt_rowidArticolo->clear();
+    try {
+        for (QLabel* label :
+             {m_ui->lbl_quantita_reale, m_ui->lbl_quantita_disponibile, m_ui->lbl_quantita_ordinata,
+              m_ui->lbl_quantita_impegnata, lblInfoArt(0), lblInfoArt(1), lblInfo(22)})
+            label->clear();
+        setTag(lblInfo(22), QString());
+        m_ui->txt_rowidArticolo->clear();
+        m_panel = {};
+    } catch (...) {
+        host::host().ReportError(QStringLiteral("frm_Commissioni.ResetInfoArticolo"), QString(), true);
+    }
 }
 
 void frm_Commissioni::CheckPreInserimentoArticolo()
@@ -44,20 +107,50 @@ void frm_Commissioni::CheckPreInserimentoArticolo()
     try {
         m_existingRow = 0;
         m_rowidMed = 0;
-        if (!m_settings.checkAddRigaFlex)
-            return;
-        const QString code = m_ui->txt_codice->text().trimmed();
         const lines::FlexGrid* g = grid();
-        for (int r = lines::FirstDataRow; r < g->rows(); ++r) {
-            if (g->textMatrix(r, lines::Col_codice_med).trimmed() == code) {
-                m_rowidMed = common::toInt32(common::numericValue(g->textMatrix(r, lines::Col_rowid_med)));
-                m_existingRow = common::toInt16(r);
-                return;
-            }
-        }
+        const lines::ExistingLine found =
+            lines::findExistingLine(m_settings.checkAddRigaFlex, m_ui->txt_codice->text(), g->rows(),
+                                    [g](int row, int col) { return g->textMatrix(row, col); });
+        m_rowidMed = found.rowidMed;
+        m_existingRow = found.row;
     } catch (...) {
         host::host().ReportError(QStringLiteral("CheckPreInserimentoArticolo"), QString(), true);
     }
+}
+
+void frm_Commissioni::CheckQtaMED()
+{
+    m_ui->btn_SendMail->setEnabled(false);
+    m_reorderMail = false;
+    host::IHost& h = host::host();
+    const lines::StockCheck check =
+        lines::checkStock(h.GetSetting(QStringLiteral("COMM"), QStringLiteral("CheckQtaMED"),
+                                       QStringLiteral("0"), QStringLiteral("docs")),
+                          m_ui->txt_qta->text(), m_panel.realStock);
+    if (check.mailAllowed) {
+        m_missingQuantity = check.missing;
+        m_reorderMail = true;
+        m_mailCode = m_ui->txt_codice->text();
+        m_mailDescription = m_ui->txt_descrizione->text();
+        m_ui->btn_SendMail->setEnabled(true);
+    }
+    if (check.ask) {
+        m_reorderQuestion = lines::reorderQuestion(m_panel.realStock, m_ui->txt_qta->text(), check.missing,
+                                                   m_panel.agentName, m_panel.agentEmail);
+        if (host::Dialogs::message(m_reorderQuestion, host::Buttons::YesNo, host::Icon::Question,
+                                   h.GetAppTitle()) == host::Answer::Yes)
+            InviaRiordino();
+    }
+    if (m_ui->txt_qta->text().isEmpty())
+        m_ui->txt_qta->setText(QStringLiteral("1"));
+}
+
+void frm_Commissioni::InviaRiordino()
+{
+    // Until the shop's mail is set up, say so plainly rather than let the operator believe a mail went.
+    host::Dialogs::message(
+        QStringLiteral("Invio della mail non ancora configurato: nessuna mail è stata inviata."),
+        host::Buttons::Ok, host::Icon::Information, host::host().GetAppTitle());
 }
 
 } // namespace xv::form

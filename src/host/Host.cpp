@@ -480,6 +480,12 @@ Colour Host::GetInactiveColor()
     return colourSetting(QStringLiteral("Inattivo"), 0xEEEEEE);
 }
 
+Colour Host::GetActiveColor()
+{
+    // A pale yellow: the field being typed in stands out without hiding what it holds.
+    return colourSetting(QStringLiteral("Attivo"), 0xCCFFFF);
+}
+
 Colour Host::GetCollectedColor()
 {
     // Text colours of the lines: they must read well on the locked background.

@@ -80,6 +80,7 @@ public:
     Colour GetLockedColor() override;
     Colour GetDisabledColor() override;
     Colour GetInactiveColor() override;
+    Colour GetActiveColor() override;
     Colour GetCollectedColor() override;
     Colour GetIssuedColor() override;
 

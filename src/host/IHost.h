@@ -117,6 +117,8 @@ public:
     virtual Colour GetLockedColor() = 0;
     virtual Colour GetDisabledColor() = 0;
     virtual Colour GetInactiveColor() = 0;
+    // Background of the input field being typed in.
+    virtual Colour GetActiveColor() = 0;
     virtual Colour GetCollectedColor() = 0;
     virtual Colour GetIssuedColor() = 0;
 

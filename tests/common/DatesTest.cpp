@@ -91,6 +91,30 @@ TEST(DatesTest, AStoredTextReadsAsTheDateAndTimeWrittenEvenInTheHourTheClocksSki
     EXPECT_FALSE(parseDateAndTime(QStringLiteral("29/02/2026")));
 }
 
+TEST(DatesTest, ReadsDatesAsStaffTypeThem)
+{
+    const QDate today(2026, 5, 14);
+    const std::pair<const char*, QDate> cases[] = {
+        {"23/11/26", {2026, 11, 23}},   {"23112026", {2026, 11, 23}},  {"23/11/2026", {2026, 11, 23}},
+        {"231126", {2026, 11, 23}},     {"23-11-26", {2026, 11, 23}},  {"23.11.2026", {2026, 11, 23}},
+        {"23 11 26", {2026, 11, 23}},   {" 3/2/27 ", {2027, 2, 3}},    {"23/11", {2026, 11, 23}},
+        {"2311", {2026, 11, 23}},       {"1/1/76", {2076, 1, 1}},      {"1/1/77", {1977, 1, 1}},
+        {"29/02/28", {2028, 2, 29}},    {"01/01/1990", {1990, 1, 1}},  {"05062026", {2026, 6, 5}},
+    };
+    for (const auto& [text, date] : cases)
+        EXPECT_EQ(parseTypedDate(QLatin1String(text), today), date) << text;
+}
+
+TEST(DatesTest, TypedTextThatIsNoDateIsRefused)
+{
+    for (const char* text : {"", "  ", "31/02/26", "29/02/2027", "32/01/2026", "1/13/2026", "00/01/2026",
+                             "231", "23112", "2311202", "231120261", "23/11/202", "23/11/2026x", "oggi",
+                             "2026-11-23", "23//11/26", "-23/11/26"}) {
+        SCOPED_TRACE(text);
+        EXPECT_FALSE(parseTypedDate(QLatin1String(text), QDate(2026, 5, 14)));
+    }
+}
+
 TEST(DatesTest, LongDateIsItalianWhateverTheLocale)
 {
     const std::pair<QDate, const char16_t*> cases[] = {{{2026, 11, 23}, u"lunedì, 23 novembre 2026"},

@@ -149,6 +149,10 @@ TEST_P(HostTest, NamesTitleAndColoursComeFromSettingsWithDefaults)
     EXPECT_EQ(h().GetIssuedColor(), 12345u);
     h().SaveSetting("COLORI", "Emesso", "verde", "eKELA"); // a typo keeps the default
     EXPECT_EQ(h().GetIssuedColor(), issued);
+    // The field being typed in must stand out from the white of the others.
+    EXPECT_NE(h().GetActiveColor(), 0xFFFFFFu);
+    h().SaveSetting("COLORI", "Attivo", "&HC0E0FF", "eKELA");
+    EXPECT_EQ(h().GetActiveColor(), 0xC0E0FFu);
 
     EXPECT_EQ(h().GetStockThreshold(), 5);
     h().SaveSetting("PREDEFINITI", "SogliaScorta", "2.5", "eKELA");
