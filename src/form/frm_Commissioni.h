@@ -188,6 +188,7 @@ private:
     bool leaveCodeField();
     bool leavePriceField();
     void moveOnFrom(QLineEdit* box);
+    void focusNewOrder();
     void refuseField(QLineEdit* box, const QString& message);
     void setStockMarker(QLabel* marker, const QString& quantityText);
     void numberKeyPressed();

@@ -54,6 +54,7 @@ void frm_Commissioni::tbComandiDocumento_ButtonClick(QAction* button)
         if (key == QLatin1String("NEW")) {
             NuovoAnnulla(button);
             StateOfButtons();
+            focusNewOrder();
         } else if (key == QLatin1String("MODIFY")) {
             if (tagOf(m_documentBar.button(2)) == QLatin1String("M"))
                 SetModificaTags();
@@ -170,9 +171,18 @@ void frm_Commissioni::Form_KeyDown(int& keyCode, int)
         Flex_RicalcolaTotali();
         if (m_ui->fra_Main->isEnabled())
             StateOfButtons();
+        if (keyCode == kKeyF2)
+            focusNewOrder();
     } catch (...) {
         host::host().ReportError(QStringLiteral("Form_KeyDown"), QString(), true);
     }
+}
+
+// A new order is typed from its customer on, so that it can be entered from the keyboard alone.
+void frm_Commissioni::focusNewOrder()
+{
+    if (ModeTag2() == QLatin1String("S") && m_ui->txt_ragsoc->isEnabled() && m_ui->txt_ragsoc->isVisible())
+        m_ui->txt_ragsoc->setFocus(Qt::OtherFocusReason);
 }
 
 void frm_Commissioni::Form_KeyPress(int& keyCode)
