@@ -65,9 +65,9 @@ void Generator::setLine(std::array<QVariant, MovCount>& row, int riga, const Art
     row[Qta] = double(quantity);
     row[Quantita] = double(quantity);
     row[Prezzo] = money(priceCents);
+    // As the form writes a line: the line amount is both the taxable amount and the line total.
     row[Totale] = money(total);
-    // The price includes VAT at 22%: the taxable part is total / 1.22.
-    row[Imponibile] = money(divideRounded(total * 100, 122));
+    row[Imponibile] = money(total);
 }
 
 std::vector<int> Generator::supplierArticles(int supplier) const
