@@ -7,27 +7,44 @@
 #include "host/Dialogs.h"
 #include "host/Services.h"
 
+#include <QFile>
+
 #include <memory>
 
 namespace xv::bench {
 
 namespace {
 
-void writeOrder(data::Database& db, const QDate& date, const QString& orderNumber)
+// The references that mark the benchmark's own order, so that a database it ran in before is reused.
+const QString kBenchReferences = QStringLiteral("banco di prova");
+
+// The benchmark's order: a new order of a thousand lines this year, numbered by this year's counter as a
+// saved order would be. Answers its number; a database that holds it already keeps it as it is.
+QString writeOrder(data::Database& db, const QDate& date)
 {
-    // A new database starts with this year's counter at 0; the order's number is the one it last gave.
-    db.executeBound(QStringLiteral("delete from numeratori where codtipodoc='CO' and serie=?"),
-                    {QString::number(date.year())});
-    db.executeBound(QStringLiteral("insert into numeratori (codtipodoc, tipodocumento, serie, numero) "
-                                   "values ('CO', 'COMM', ?, ?)"),
-                    {QString::number(date.year()), orderNumber.toInt()});
+    const QString year = QString::number(date.year());
+    data::Recordset found = data::Recordset::open(
+        db, QStringLiteral("select numero from movimenti where documento='COMM' and serie='") + year +
+                QStringLiteral("' and riferimenti='") + kBenchReferences + QStringLiteral("'"));
+    if (!found.eof())
+        return found.text(QStringLiteral("numero"));
+    data::Recordset counter = data::Recordset::open(
+        db, QStringLiteral("select numero from numeratori where codtipodoc='CO' and serie='") + year +
+                QStringLiteral("'"));
+    if (counter.eof())
+        db.executeBound(QStringLiteral("insert into numeratori (codtipodoc, tipodocumento, serie, numero) "
+                                       "values ('CO', 'COMM', ?, 0)"),
+                        {year});
+    const QString orderNumber = QString::number(counter.eof() ? 1 : counter.number(QStringLiteral("numero")) + 1, 'f', 0);
+    db.executeBound(QStringLiteral("update numeratori set numero=? where codtipodoc='CO' and serie=?"),
+                    {orderNumber.toInt(), year});
     data::Transaction transaction(db);
     data::Recordset t = data::Recordset::openTable(db, QStringLiteral("movimenti"));
     for (int line = 0; line < BenchShop::kLines; ++line) {
         t.addNew();
         for (const char* text : {"Descrizione2", "codenominativo", "Indirizzo", "Cap", "comune", "Spedizione",
                                  "provincia", "telefono", "attrib00", "attrib01", "attrib02", "attrib03",
-                                 "attrib09", "Tipo", "pagamento", "riferimenti"})
+                                 "attrib09", "Tipo", "pagamento"})
             t.setValue(QString::fromLatin1(text), QString());
         for (const char* number :
              {"rowid_utente", "rowid_testata", "rowid_deposito", "rowid_med", "rowid_controparti", "sconto1",
@@ -54,21 +71,25 @@ void writeOrder(data::Database& db, const QDate& date, const QString& orderNumbe
         t.setValue(QStringLiteral("attrib04"), QStringLiteral("Matrimonio"));
         t.setValue(QStringLiteral("attrib06"), QStringLiteral("Marco e Giulia"));
         t.setValue(QStringLiteral("codice_med"),
-                   QStringLiteral("BOM%1").arg(line % 100, 3, 10, QLatin1Char('0')));
+                   QStringLiteral("BNC%1").arg(line % 100, 3, 10, QLatin1Char('0')));
         t.setValue(QStringLiteral("Descrizione1"), QStringLiteral("Bomboniera portaconfetti in porcellana"));
         t.setValue(QStringLiteral("qta"), 1 + line % 120);
         t.setValue(QStringLiteral("note"), common::shortDate(date)); // the line's own pick-up date
+        t.setValue(QStringLiteral("riferimenti"), kBenchReferences);
         t.update();
     }
     transaction.commit();
+    return orderNumber;
 }
 
 // The articles of the order's lines in the shop's list, and one more that the order does not hold yet.
 void writeArticles(data::Database& db)
 {
+    if (!data::Recordset::open(db, QStringLiteral("select rowid from med where codice='NUOVO1'")).eof())
+        return;
     data::Transaction transaction(db);
     for (int article = 0; article <= 100; ++article) {
-        const QString code = article < 100 ? QStringLiteral("BOM%1").arg(article, 3, 10, QLatin1Char('0'))
+        const QString code = article < 100 ? QStringLiteral("BNC%1").arg(article, 3, 10, QLatin1Char('0'))
                                            : QStringLiteral("NUOVO1");
         db.executeBound(
             QStringLiteral("insert into med (codice, descrizione, prezzo_vendita, quantita_reale, "
@@ -91,13 +112,32 @@ void writeColours(host::Host& h)
                       QStringLiteral("eKELA"));
 }
 
+// With XV_BENCH_DB naming a large shop (xvelario-makedb), the benchmarks run in a copy of it, made once
+// per run, so that the shop's own file is never written to.
+QString largeShopCopy()
+{
+    static QTemporaryDir dir;
+    static QString copy;
+    const QString source = qEnvironmentVariable("XV_BENCH_DB");
+    if (source.isEmpty() || !copy.isEmpty())
+        return copy;
+    const QString target = dir.path() + QStringLiteral("/grande.db");
+    if (QFile::copy(source, target))
+        copy = target;
+    else
+        qWarning("XV_BENCH_DB: cannot copy %s", qPrintable(source));
+    return copy;
+}
+
 } // namespace
 
 BenchShop::BenchShop()
 {
     host::HostOptions options;
     options.dataPath = m_dir.path() + QLatin1Char('/');
-    options.connectionText = QStringLiteral("sqlite:") + m_dir.path() + QStringLiteral("/bench.db");
+    const QString large = largeShopCopy();
+    options.connectionText =
+        QStringLiteral("sqlite:") + (large.isEmpty() ? m_dir.path() + QStringLiteral("/bench.db") : large);
     options.fillDemoData = false;
     options.userName = QStringLiteral("bench");
     options.stationName = QStringLiteral("BANCO1");
@@ -112,7 +152,7 @@ BenchShop::BenchShop()
         ++m_boxes;
         return host::Answer::No;
     });
-    writeOrder(m_host->GetConnection(), QDate(QDate::currentDate().year(), 3, 14), m_number);
+    m_number = writeOrder(m_host->GetConnection(), QDate(QDate::currentDate().year(), 3, 14));
     writeArticles(m_host->GetConnection());
     writeColours(*m_host);
 }
