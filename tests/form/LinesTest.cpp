@@ -74,6 +74,8 @@ protected:
         form.AbilitaRighe();
         form.activateWindow();
         EXPECT_TRUE(QTest::qWaitForWindowActive(&form));
+        // The operator moves on to the lines, leaving the header as it was typed.
+        field("txt_codice")->setFocus(Qt::TabFocusReason);
         return form;
     }
     // The entry fields as the operator leaves them for an article: its code loaded, a quantity typed.
