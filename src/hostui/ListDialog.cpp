@@ -1,16 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "ListWindow.h"
 
-#include "hostui/ListModel.h"
 #include "common/Dates.h"
 #include "common/RuntimeError.h"
-#include "data/Database.h"
 #include "host/Dialogs.h"
 #include "host/Services.h"
-#include "data/SqlText.h"
-#include "data/TypeCodes.h"
+#include "hostui/ListModel.h"
 
-#include <QAbstractTableModel>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -26,10 +22,7 @@
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QSet>
-#include <QSortFilterProxyModel>
-#include <QSqlQuery>
 #include <QTableView>
-#include <QTableWidget>
 #include <QTextDocument>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -38,18 +31,13 @@
 
 namespace xv::hostui {
 
-using host::host;
-using host::Dialogs;
-using data::sqlEscape;
+using common::RuntimeError;
 using data::variantMoney;
 using data::variantText;
 using host::Buttons;
+using host::Dialogs;
+using host::host;
 using host::Icon;
-using host::Answer;
-namespace TypeCode = data::TypeCode;
-
-using common::ErrorNumber;
-using common::RuntimeError;
 
 
 namespace {

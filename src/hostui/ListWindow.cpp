@@ -1,55 +1,21 @@
 // SPDX-License-Identifier: MIT
 #include "ListWindow.h"
 
-#include "hostui/ListModel.h"
-#include "common/Dates.h"
 #include "common/RuntimeError.h"
 #include "data/Database.h"
 #include "host/Dialogs.h"
 #include "host/Services.h"
-#include "data/SqlText.h"
-#include "data/TypeCodes.h"
+#include "hostui/ListModel.h"
 
-#include <QAbstractTableModel>
-#include <QCoreApplication>
-#include <QDir>
-#include <QFile>
-#include <QFileDialog>
-#include <QFileInfo>
-#include <QHBoxLayout>
-#include <QHeaderView>
-#include <QKeyEvent>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPrintDialog>
-#include <QPrinter>
-#include <QPushButton>
 #include <QRegularExpression>
-#include <QSet>
-#include <QSortFilterProxyModel>
 #include <QSqlQuery>
-#include <QTableView>
-#include <QTableWidget>
-#include <QTextDocument>
-#include <QTimer>
-#include <QVBoxLayout>
-
-#include <algorithm>
 
 namespace xv::hostui {
 
-using host::host;
-using host::Dialogs;
-using data::sqlEscape;
-using data::variantMoney;
-using data::variantText;
-using host::Buttons;
-using host::Icon;
-using host::Answer;
-namespace TypeCode = data::TypeCode;
-
 using common::ErrorNumber;
 using common::RuntimeError;
+using host::Dialogs;
+using host::host;
 
 
 namespace {
