@@ -46,13 +46,12 @@ protected:
             {agentId});
         const int supplierId =
             Recordset::open(db(), "select max(rowid) as id from controparti").value("id").toInt();
-        test::addOrderLine(db(), "3", day, [&](Recordset& t) {
-            t.setValue("Tipomovimento", "CF");
-            t.setValue("documento", "DDTF");
-            t.setValue("rowid_controparti", supplierId);
-            t.setValue("codice_med", code);
-            t.setValue("qta", quantity);
-        });
+        test::addOrderLine(db(), "3", day,
+                           {{"Tipomovimento", "CF"},
+                            {"documento", "DDTF"},
+                            {"rowid_controparti", supplierId},
+                            {"codice_med", code},
+                            {"qta", quantity}});
     }
     void typeAndEnter(const char* name, const QString& text)
     {
@@ -204,11 +203,8 @@ TEST_P(ArticlePanelTest, TheDuplicateLineCheckFindsAPaddedCodeButNotAnotherCase)
 {
     const std::tuple<int, const char*, int> stored[] = {{1, "B2", 12}, {2, "A1  ", 31}};
     for (const auto& [riga, code, article] : stored)
-        test::addOrderLine(db(), "21", QDate(m_year, 4, 4), [&](Recordset& t) {
-            t.setValue("Riga", riga);
-            t.setValue("codice_med", code);
-            t.setValue("rowid_med", article);
-        });
+        test::addOrderLine(db(), "21", QDate(m_year, 4, 4),
+                           {{"Riga", riga}, {"codice_med", code}, {"rowid_med", article}});
     struct Case
     {
         const char* setting;

@@ -35,10 +35,7 @@ protected:
     frm_Commissioni& openOrderOf(int lines)
     {
         for (int i = 0; i < lines; ++i)
-            test::addOrderLine(db(), "21", QDate(m_year, 4, 4), [i](Recordset& t) {
-                t.setValue("attrib06", "Sofia");
-                t.setValue("qta", i + 1);
-            });
+            test::addOrderLine(db(), "21", QDate(m_year, 4, 4), {{"attrib06", "Sofia"}, {"qta", i + 1}});
         openForm();
         typeNumberAndEnter("21");
         return *m_form;

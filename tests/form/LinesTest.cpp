@@ -94,19 +94,19 @@ TEST_P(LinesTest, AnAddedLineTakesTheEntryFieldsAndTheOrderAndAnEmptyDepositOrTo
     form.tbComandiRighe_ButtonClick(linesButton(1));
 
     ASSERT_EQ(form.LineCount(), 1);
-    const std::pair<int, QString> cells[] = {
-        {Col_Riga, "1"},
-        {Col_codice_med, "BOM001"},
-        {Col_Descrizione1, "Bomboniera in porcellana"},
-        {Col_qta, "3"},
-        {Col_prezzo, currency(25000)},
-        {Col_imponibile, currency(75000)},
-        {Col_note, "20/05/2026"},
-        {Col_numero, "8"},
-        {Col_StatoRiga, "EMESSO"},
-        {Col_Nominativo, "Rossi Maria"},
-        {Col_attrib05, "20/06/2027"},
-    };
+    const std::pair<int, QString> cells[] = {{Col_Riga, "1"},
+                                             {Col_codice_med, "BOM001"},
+                                             {Col_Descrizione1, "Bomboniera in porcellana"},
+                                             {Col_qta, "3"},
+                                             {Col_prezzo, currency(25000)},
+                                             {Col_imponibile, currency(75000)},
+                                             {Col_note, "20/05/2026"},
+                                             {Col_numero, "8"},
+                                             {Col_StatoRiga, "EMESSO"},
+                                             {Col_Nominativo, "Rossi Maria"},
+                                             {Col_attrib05, "20/06/2027"},
+                                             {Col_Tipogestione, "0"},
+                                             {Col_Tipomovimento, "CO"}};
     for (const auto& [col, cell] : cells)
         EXPECT_EQ(grid()->textMatrix(FirstDataRow, col), cell) << col;
     EXPECT_EQ(text("txt_Acconto"), Money().toCurrencyText());

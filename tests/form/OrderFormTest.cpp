@@ -33,14 +33,15 @@ class OrderFormTest : public test::FormTest
 TEST_P(OrderFormTest, ANewOrderTakesTheNextNumberAndNothingOfTheOrderShownBeforeAndCancelReturnsToBrowse)
 {
     test::addCounter(db(), m_year, 30);
-    test::addOrderLine(db(), "21", QDate(m_year, 4, 1), [](Recordset& t) {
-        t.setValue("Nominativo", "Greco Lucia");
-        t.setValue("rowid_controparti", 7);
-        t.setValue("Rowid_Pagamento", 2);
-        t.setValue("StatoRiga", "RITIRATO");
-        for (const char* accessory : {"attrib00", "attrib01", "attrib02", "attrib03"})
-            t.setValue(accessory, "1");
-    });
+    test::addOrderLine(db(), "21", QDate(m_year, 4, 1),
+                       {{"Nominativo", "Greco Lucia"},
+                        {"rowid_controparti", 7},
+                        {"Rowid_Pagamento", 2},
+                        {"StatoRiga", "RITIRATO"},
+                        {"attrib00", "1"},
+                        {"attrib01", "1"},
+                        {"attrib02", "1"},
+                        {"attrib03", "1"}});
     test::ScriptedDialogs noBoxes;
     frm_Commissioni& form = openForm();
     EXPECT_EQ(form.ModeTag1() + form.ModeTag2(), "NM");
@@ -106,42 +107,32 @@ TEST_P(OrderFormTest, NewOrderWithoutACounterSaysSoAndProposesNoNumber)
 
 TEST_P(OrderFormTest, ATypedNumberOpensThisYearsOrderElseLastYearsAndNeverADeliveryNoteOrAnOlderOne)
 {
-    const int first = test::addOrderLine(db(), "12", QDate(m_year, 2, 10), [this](Recordset& t) {
-        t.setValue("Nominativo", "D'Angelo Carla");
-        t.setValue("telefono", "081 555 0101");
-        t.setValue("Cellulare", QVariant());
-        t.setValue("Email", "carla@example.it");
-        t.setValue("attrib05", QDate(m_year, 6, 20).startOfDay());
-        t.setValue("attrib06", "Marco e Giulia");
-        t.setValue("Datadal", QDate(m_year, 6, 18).startOfDay());
-        t.setValue("riferimenti", "Sala Aurora");
-        t.setValue("qta", 1.5);
-        t.setMoney("prezzo2", Money::fromInteger(50));
-        t.setMoney("imponibile", Money::fromInteger(120));
-        t.setMoney("totale", Money::fromInteger(120));
-    });
-    test::addOrderLine(db(), "12", QDate(m_year, 2, 10), [](Recordset& t) {
-        t.setValue("Nominativo", "D'Angelo Carla");
-        t.setValue("codice_med", "CNF002");
-        t.setValue("qta", 1.5);
-        t.setValue("StatoRiga", "RITIRATO");
-        t.setMoney("imponibile", Money::fromRaw(305000));
-        t.setMoney("totale", Money::fromRaw(305000));
-    });
+    const int first = test::addOrderLine(db(), "12", QDate(m_year, 2, 10),
+                                         {{"Nominativo", "D'Angelo Carla"},
+                                          {"telefono", "081 555 0101"},
+                                          {"Cellulare", QVariant()},
+                                          {"Email", "carla@example.it"},
+                                          {"attrib05", QDate(m_year, 6, 20).startOfDay()},
+                                          {"attrib06", "Marco e Giulia"},
+                                          {"Datadal", QDate(m_year, 6, 18).startOfDay()},
+                                          {"riferimenti", "Sala Aurora"},
+                                          {"qta", 1.5},
+                                          {"prezzo2", 50},
+                                          {"imponibile", 120},
+                                          {"totale", 120}});
+    test::addOrderLine(db(), "12", QDate(m_year, 2, 10),
+                       {{"Nominativo", "D'Angelo Carla"},
+                        {"codice_med", "CNF002"},
+                        {"qta", 1.5},
+                        {"StatoRiga", "RITIRATO"},
+                        {"imponibile", 30.5},
+                        {"totale", 30.5}});
     // The same number last year and on a delivery note of this year; 13 only last year, 14 two years ago.
-    test::addOrderLine(db(), "12", QDate(m_year - 1, 9, 1), [](Recordset& t) {
-        t.setValue("Nominativo", "Esposito Gennaro");
-        t.setMoney("prezzo2", Money::fromInteger(999));
-        t.setMoney("totale", Money::fromInteger(999));
-    });
-    test::addOrderLine(db(), "12", QDate(m_year, 1, 5), [](Recordset& t) {
-        t.setValue("documento", "DDTF");
-        t.setValue("Tipomovimento", "CF");
-        t.setMoney("prezzo2", Money::fromInteger(3));
-        t.setMoney("totale", Money::fromInteger(777));
-    });
-    test::addOrderLine(db(), "13", QDate(m_year - 1, 6, 1),
-                       [](Recordset& t) { t.setValue("Nominativo", "Esposito Gennaro"); });
+    test::addOrderLine(db(), "12", QDate(m_year - 1, 9, 1),
+                       {{"Nominativo", "Esposito Gennaro"}, {"prezzo2", 999}, {"totale", 999}});
+    test::addOrderLine(db(), "12", QDate(m_year, 1, 5),
+                       {{"documento", "DDTF"}, {"Tipomovimento", "CF"}, {"prezzo2", 3}, {"totale", 777}});
+    test::addOrderLine(db(), "13", QDate(m_year - 1, 6, 1), {{"Nominativo", "Esposito Gennaro"}});
     test::addOrderLine(db(), "14", QDate(m_year - 2, 5, 5));
     // The first line, changed since, still comes first.
     db().executeBound("update movimenti set codice_med='BOM009' where rowid=?", {first});
@@ -200,14 +191,9 @@ TEST_P(OrderFormTest, TheSearchWindowOpensExactlyTheChosenOrderOfAnyYear)
 {
     for (int back : {0, 1})
         test::addOrderLine(db(), "14", QDate(m_year - back, 3, 3));
-    test::addOrderLine(db(), "14", QDate(m_year - 2, 5, 5), [](Recordset& t) {
-        t.setValue("Nominativo", "Greco Lucia");
-        t.setValue("Email", QVariant());
-    });
-    test::addOrderLine(db(), "14", QDate(m_year - 2, 5, 6), [](Recordset& t) {
-        t.setValue("documento", "DDTF");
-        t.setValue("Tipomovimento", "CF");
-    });
+    test::addOrderLine(db(), "14", QDate(m_year - 2, 5, 5),
+                       {{"Nominativo", "Greco Lucia"}, {"Email", QVariant()}});
+    test::addOrderLine(db(), "14", QDate(m_year - 2, 5, 6), {{"documento", "DDTF"}, {"Tipomovimento", "CF"}});
     test::ScriptedDialogs noBoxes;
     test::ScriptedLists lists;
     const QString twoYearsAgo = QString::number(m_year - 2);
@@ -231,12 +217,8 @@ TEST_P(OrderFormTest, TheSearchWindowOpensExactlyTheChosenOrderOfAnyYear)
 
 TEST_P(OrderFormTest, AnOrderThatCannotBeReadIsReportedAndLeavesNothingOfTheLastOne)
 {
-    test::addOrderLine(db(), "12", QDate(m_year, 2, 10), [](Recordset& t) {
-        t.setValue("Nominativo", "Greco Lucia");
-        t.setValue("attrib00", "1");
-    });
-    test::addOrderLine(db(), "13", QDate(m_year, 2, 11),
-                       [](Recordset& t) { t.setValue("Descrizione2", QVariant()); });
+    test::addOrderLine(db(), "12", QDate(m_year, 2, 10), {{"Nominativo", "Greco Lucia"}, {"attrib00", "1"}});
+    test::addOrderLine(db(), "13", QDate(m_year, 2, 11), {{"Descrizione2", QVariant()}});
     test::ScriptedDialogs dialogs;
     frm_Commissioni& form = openForm();
     typeNumberAndEnter("12");
@@ -278,12 +260,11 @@ TEST_P(OrderFormTest, LoadingAnOrderShowsItsAccessoriesAndNothingOfTheOneBefore)
     };
     for (const Shown& o : orders) {
         if (o.written)
-            test::addOrderLine(db(), o.numero, QDate(m_year, 4, 1), [&o](Recordset& t) {
-                t.setValue("attrib00", o.attrib00);
-                t.setValue("attrib01", o.attrib01);
-                t.setValue("attrib02", o.attrib02);
-                t.setValue("attrib03", o.attrib03);
-            });
+            test::addOrderLine(db(), o.numero, QDate(m_year, 4, 1),
+                               {{"attrib00", o.attrib00},
+                                {"attrib01", o.attrib01},
+                                {"attrib02", o.attrib02},
+                                {"attrib03", o.attrib03}});
     }
     test::ScriptedDialogs noBoxes;
     frm_Commissioni& form = openForm();

@@ -93,69 +93,65 @@ protected:
 // column of an order line shows the same cell.
 TEST_P(OrderCellsRoundTripTest, EveryColumnOfALineSurvivesASave)
 {
-    const int key = test::addOrderLine(db(), "7", QDate(2026, 2, 28), [](Recordset& t) {
-        const char* texts[][2] = {
-            {"Tipogestione", "1"},
-            {"Tipomovimento", "CO"},
-            {"documento", "COMM"},
-            {"codice_med", "BOM001"},
-            {"Descrizione1", "Scatola"},
-            {"Descrizione2", ""},
-            {"Nominativo", "D'Angelo"},
-            {"codenominativo", "C001"},
-            {"Indirizzo", "Via Roma 1"},
-            {"Cap", "80100"},
-            {"comune", "Napoli"},
-            {"Spedizione", ""},
-            {"provincia", "NA"},
-            {"Strada", "SS 7"},
-            {"telefono", "081 123"},
-            {"Cellulare", ""},
-            {"Email", "a@b.it"},
-            {"attrib00", "1"},
-            {"attrib01", "0"},
-            {"attrib02", "Mandorla"},
-            {"attrib03", ""},
-            {"attrib04", "Matrimonio"},
-            {"attrib06", "Anna e Luca"},
-            {"attrib07", "nota"},
-            {"attrib08", ""},
-            {"attrib09", "x"},
-            {"attrib10", "y"},
-            {"StatoRiga", "EMESSO"},
-            {"Tipo", "A"},
-            {"note", "20/11/2026"},
-            {"pagamento", "Contanti"},
-            {"referente", ""},
-            {"riferimenti", "tel. 333"},
-        };
-        for (const auto& [name, value] : texts)
-            t.setValue(name, QString::fromUtf8(value));
-        t.setValue("rowid_utente", 2);
-        t.setValue("Riga", 3);
-        t.setValue("rowid_testata", 0);
-        t.setValue("rowid_deposito", 1);
-        t.setValue("rowid_med", 17);
-        t.setValue("rowid_controparti", 12);
-        t.setValue("codice_iva", 22);
-        t.setValue("Rowid_Pagamento", 4);
-        t.setValue("qta", 2.5);
-        t.setValue("quantita", 2.125);
-        t.setValue("sconto1", 10.5);
-        t.setValue("sconto2", 0);
-        t.setValue("percentuale", 22);
-        t.setMoney("prezzo", Money::fromRaw(12345)); // 1,2345
-        t.setMoney("prezzo2", Money());
-        t.setMoney("imponibile", Money::fromRaw(-35000));
-        t.setMoney("imposta", Money::fromRaw(12345678)); // 1.234,5678
-        t.setMoney("totale", Money::fromRaw(12345678900));
-        t.setValue("datareg", QDateTime(QDate(2026, 2, 28), QTime(17, 45, 12)));
-        t.setValue("Datadal", QDate(2026, 11, 20));
-        t.setValue("oradal", QDateTime(QDate(1899, 12, 30), QTime(10, 30)));
-        t.setValue("Dataal", QDateTime(QDate(2026, 11, 21), QTime(9, 15)));
-        t.setValue("oraal", QDateTime(QDate(1899, 12, 30), QTime(18, 0)));
-        t.setValue("attrib05", QDate(2026, 6, 13));
-    });
+    const QDateTime zeroDay(QDate(1899, 12, 30), QTime(0, 0));
+    const int key = test::addOrderLine(db(), "7", QDate(2026, 2, 28),
+                                       {{"Tipogestione", "1"},
+                                        {"Tipomovimento", "CO"},
+                                        {"documento", "COMM"},
+                                        {"codice_med", "BOM001"},
+                                        {"Descrizione1", "Scatola"},
+                                        {"Descrizione2", ""},
+                                        {"Nominativo", "D'Angelo"},
+                                        {"codenominativo", "C001"},
+                                        {"Indirizzo", "Via Roma 1"},
+                                        {"Cap", "80100"},
+                                        {"comune", "Napoli"},
+                                        {"Spedizione", ""},
+                                        {"provincia", "NA"},
+                                        {"Strada", "SS 7"},
+                                        {"telefono", "081 123"},
+                                        {"Cellulare", ""},
+                                        {"Email", "a@b.it"},
+                                        {"attrib00", "1"},
+                                        {"attrib01", "0"},
+                                        {"attrib02", "Mandorla"},
+                                        {"attrib03", ""},
+                                        {"attrib04", "Matrimonio"},
+                                        {"attrib06", "Anna e Luca"},
+                                        {"attrib07", "nota"},
+                                        {"attrib08", ""},
+                                        {"attrib09", "x"},
+                                        {"attrib10", "y"},
+                                        {"StatoRiga", "EMESSO"},
+                                        {"Tipo", "A"},
+                                        {"note", "20/11/2026"},
+                                        {"pagamento", "Contanti"},
+                                        {"referente", ""},
+                                        {"riferimenti", "tel. 333"},
+                                        {"rowid_utente", 2},
+                                        {"Riga", 3},
+                                        {"rowid_testata", 0},
+                                        {"rowid_deposito", 1},
+                                        {"rowid_med", 17},
+                                        {"rowid_controparti", 12},
+                                        {"codice_iva", 22},
+                                        {"Rowid_Pagamento", 4},
+                                        {"qta", 2.5},
+                                        {"quantita", 2.125},
+                                        {"sconto1", 10.5},
+                                        {"sconto2", 0},
+                                        {"percentuale", 22},
+                                        {"prezzo", 1.2345},
+                                        {"prezzo2", 0},
+                                        {"imponibile", -3.5},
+                                        {"imposta", 1234.5678},
+                                        {"totale", 1234567.89},
+                                        {"datareg", QDateTime(QDate(2026, 2, 28), QTime(17, 45, 12))},
+                                        {"Datadal", QDate(2026, 11, 20)},
+                                        {"oradal", zeroDay.addSecs(10 * 3600 + 1800)},
+                                        {"Dataal", QDateTime(QDate(2026, 11, 21), QTime(9, 15))},
+                                        {"oraal", zeroDay.addSecs(18 * 3600)},
+                                        {"attrib05", QDate(2026, 6, 13)}});
     const QStringList first = load(key);
 
     Recordset table = Recordset::openTable(db(), "movimenti");
