@@ -128,46 +128,16 @@ void FormTest::type(const char* name, const QString& text)
         QTest::keyClicks(box, text);
 }
 
-void FormTest::pressEnter(const char* name)
-{
-    QTest::keyClick(field(name), Qt::Key_Return);
-}
-
 void FormTest::clickCell(int row, int col)
 {
     const QRect cell = grid()->visualRect(grid()->model()->index(row, col));
     QTest::mouseClick(grid()->viewport(), Qt::LeftButton, {}, cell.center());
 }
 
-QLineEdit* FormTest::field(const char* name) const
-{
-    return m_form->findChild<QLineEdit*>(QString::fromLatin1(name));
-}
-
-QWidget* FormTest::widget(const char* name) const
-{
-    return m_form->findChild<QWidget*>(QString::fromLatin1(name));
-}
-
 QString FormTest::focusName() const
 {
     QWidget* w = QApplication::focusWidget();
     return w ? w->objectName() : QString();
-}
-
-QAction* FormTest::documentButton(int index) const
-{
-    return m_form->tbComandiDocumento().button(index);
-}
-
-QAction* FormTest::linesButton(int index) const
-{
-    return m_form->tbComandiRighe().button(index);
-}
-
-lines::FlexGrid* FormTest::grid() const
-{
-    return m_form->grid();
 }
 
 QStringList FormTest::column(int col) const

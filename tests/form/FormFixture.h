@@ -8,6 +8,7 @@
 
 #include <QLineEdit>
 #include <QStringList>
+#include <QTest>
 
 #include <memory>
 
@@ -61,16 +62,19 @@ protected:
 
     // Types into a field as the operator does: the field takes the focus, the text is replaced.
     void type(const char* name, const QString& text);
-    void pressEnter(const char* name);
+    void pressEnter(const char* name) { QTest::keyClick(field(name), Qt::Key_Return); }
     void clickCell(int row, int col);
 
-    QLineEdit* field(const char* name) const;
-    QWidget* widget(const char* name) const;
+    QLineEdit* field(const char* name) const
+    {
+        return m_form->findChild<QLineEdit*>(QString::fromLatin1(name));
+    }
+    QWidget* widget(const char* name) const { return m_form->findChild<QWidget*>(QString::fromLatin1(name)); }
     QString text(const char* name) const { return field(name)->text(); }
     QString focusName() const;
-    QAction* documentButton(int index) const;
-    QAction* linesButton(int index) const;
-    lines::FlexGrid* grid() const;
+    QAction* documentButton(int index) const { return m_form->tbComandiDocumento().button(index); }
+    QAction* linesButton(int index) const { return m_form->tbComandiRighe().button(index); }
+    lines::FlexGrid* grid() const { return m_form->grid(); }
     QStringList column(int col) const;
     data::Database& db() { return m_host->GetConnection(); }
 
