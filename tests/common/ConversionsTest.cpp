@@ -83,13 +83,4 @@ TEST(ConversionsTest, BooleanText)
         EXPECT_EQ(errorNumberOf([&] { toBool(QLatin1String(text), Italian); }), TypeMismatch) << text;
 }
 
-TEST(ConversionsTest, StoredFlagsUseMinusOneForTrue)
-{
-    EXPECT_EQ(toVbBool(true), -1);
-    EXPECT_EQ(toVbBool(false), 0);
-    EXPECT_TRUE(fromVbBool(-1));
-    EXPECT_TRUE(fromVbBool(1));
-    EXPECT_FALSE(fromVbBool(0));
-}
-
 } // namespace

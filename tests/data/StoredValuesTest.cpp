@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QScopeGuard>
+
 #include <memory>
 #include <utility>
 
@@ -20,27 +22,13 @@ using data::Recordset;
 using data::sqlEscape;
 
 // Sets a variable of the environment for one test, as a workstation could start with it.
-class EnvironmentVariable
+[[nodiscard]] auto setEnvironment(const char* name, const QByteArray& value)
 {
-public:
-    EnvironmentVariable(const char* name, const QByteArray& value)
-        : m_name(name), m_had(qEnvironmentVariableIsSet(name)), m_old(qgetenv(name))
-    {
-        qputenv(name, value);
-    }
-    ~EnvironmentVariable()
-    {
-        if (m_had)
-            qputenv(m_name, m_old);
-        else
-            qunsetenv(m_name);
-    }
-
-private:
-    const char* m_name;
-    bool m_had;
-    QByteArray m_old;
-};
+    const bool had = qEnvironmentVariableIsSet(name);
+    const QByteArray old = qgetenv(name);
+    qputenv(name, value);
+    return qScopeGuard([=] { had ? qputenv(name, old) : qunsetenv(name); });
+}
 
 class StoredValuesTest : public test::EngineTest
 {
@@ -55,7 +43,7 @@ protected:
 
 TEST_P(StoredValuesTest, DatesComeBackUnchangedWhenTheServerCountsTimeInAnotherZone)
 {
-    const EnvironmentVariable zone("PGTZ", "Pacific/Kiritimati"); // fourteen hours ahead of UTC
+    const auto zone = setEnvironment("PGTZ", "Pacific/Kiritimati"); // fourteen hours ahead of UTC
     const auto db = connect();
     const QDateTime midnight(QDate(2026, 2, 28), QTime(0, 0));
     const QDateTime current = QDateTime::currentDateTime();
@@ -86,7 +74,7 @@ TEST_P(StoredValuesTest, DatesComeBackUnchangedWhenTheServerCountsTimeInAnotherZ
 
 TEST_P(StoredValuesTest, ABackslashBeforeAQuoteIsKeptLiterally)
 {
-    const EnvironmentVariable options("PGOPTIONS", "-c standard_conforming_strings=off");
+    const auto options = setEnvironment("PGOPTIONS", "-c standard_conforming_strings=off");
     const auto db = connect();
     const QString name = QStringLiteral("D\\'Angelo \\ Carla\\");
     db->execute("insert into controparti (ragsoc) values ('" + sqlEscape(name) + "')");

@@ -30,6 +30,17 @@ protected:
     }
 };
 
+TEST_P(TransactionTest, ATransactionLeftWithoutCommitWritesNothing)
+{
+    {
+        Transaction transaction(db());
+        insert("1");
+        EXPECT_THROW(db().executeBound("insert into movimenti (nessuna_colonna) values (1)"), common::RuntimeError);
+    }
+    EXPECT_TRUE(numbers().isEmpty());
+    EXPECT_FALSE(db().inTransaction());
+}
+
 TEST_P(TransactionTest, AnInnerRollbackUndoesOnlyTheInnerWorkAndTheOuterOneCarriesOn)
 {
     {

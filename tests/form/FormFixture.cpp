@@ -3,20 +3,39 @@
 
 #include "TestOrders.h"
 
+#include "common/Money.h"
 #include "host/Services.h"
 #include "lines/FlexGrid.h"
+#include "lines/GridColumns.h"
 
 #include <QApplication>
 #include <QTest>
 
 namespace xv::test {
 
+void WatchingHost::ReportError(const QString& source, const QString& text, bool show)
+{
+    reported << source + QLatin1Char('|') + text;
+    if (!keepErrors)
+        Host::ReportError(source, text, show);
+}
+
+void WatchingHost::FilterKeyPress(int& keyCode)
+{
+    if (!filterKeys)
+        return Host::FilterKeyPress(keyCode);
+    if (keyCode == 'x')
+        keyCode = 0;
+    else if (keyCode == 'q')
+        keyCode = 'Q';
+}
+
 void FormTest::SetUp()
 {
     EngineTest::SetUp();
     if (IsSkipped() || HasFatalFailure())
         return;
-    std::unique_ptr<host::Host> h = makeHost(database().hostOptions());
+    auto h = std::make_unique<WatchingHost>(database().hostOptions());
     m_host = h.get();
     ASSERT_TRUE(m_host->Initialize());
     host::setHost(std::move(h));
@@ -30,11 +49,6 @@ void FormTest::TearDown()
     m_form.reset();
     host::resetServices();
     EngineTest::TearDown();
-}
-
-std::unique_ptr<host::Host> FormTest::makeHost(const host::HostOptions& options)
-{
-    return std::make_unique<host::Host>(options);
 }
 
 form::frm_Commissioni& FormTest::openForm()
@@ -53,6 +67,25 @@ form::frm_Commissioni& FormTest::openNewOrder(int lastNumber)
     return *m_form;
 }
 
+form::frm_Commissioni& FormTest::startOrder()
+{
+    openNewOrder(7);
+    field("txt_ragsoc")->setText("Rossi Maria");
+    field("txt_dataEvento")->setText("20/06/2027");
+    field("txt_soggettiEvento")->setText("Marco e Giulia");
+    m_form->AbilitaRighe();
+    activate();
+    // The operator moves on to the lines, leaving the header as it was typed.
+    field("txt_codice")->setFocus(Qt::TabFocusReason);
+    return *m_form;
+}
+
+void FormTest::activate()
+{
+    m_form->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(m_form.get()));
+}
+
 void FormTest::typeNumberAndEnter(const QString& number)
 {
     QLineEdit* box = field("txt_numeroCommissione");
@@ -61,29 +94,58 @@ void FormTest::typeNumberAndEnter(const QString& number)
     QTest::keyClick(box, Qt::Key_Return);
 }
 
-QLineEdit* FormTest::field(const char* name) const
+void FormTest::addArticle(const QString& code, const QString& description, qint64 priceRaw,
+                          const QVariant& real, const QVariant& available, const QString& category)
 {
-    return m_form->findChild<QLineEdit*>(QString::fromLatin1(name));
+    db().executeBound(
+        "insert into med (codice, descrizione, prezzo_vendita, quantita_reale, "
+        "quantita_disponibile, categoria) values (?, ?, ?, ?, ?, ?)",
+        {code, description, common::Money::fromRaw(priceRaw).toDecimalText(), real, available, category});
 }
 
-QWidget* FormTest::widget(const char* name) const
+void FormTest::fillLine(const QString& code, const QString& quantity)
 {
-    return m_form->findChild<QWidget*>(QString::fromLatin1(name));
+    field("txt_codice")->setText(code);
+    m_form->Informazioni_MED();
+    field("txt_qta")->setText(quantity);
 }
 
-QAction* FormTest::documentButton(int index) const
+void FormTest::addLine(const QString& code, const QString& quantity)
 {
-    return m_form->tbComandiDocumento().button(index);
+    fillLine(code, quantity);
+    m_form->tbComandiRighe_ButtonClick(linesButton(1));
 }
 
-QAction* FormTest::linesButton(int index) const
+void FormTest::type(const char* name, const QString& text)
 {
-    return m_form->tbComandiRighe().button(index);
+    QLineEdit* box = field(name);
+    box->setFocus(Qt::TabFocusReason);
+    ASSERT_TRUE(box->hasFocus()) << name;
+    box->selectAll();
+    if (text.isEmpty())
+        QTest::keyClick(box, Qt::Key_Delete);
+    else
+        QTest::keyClicks(box, text);
 }
 
-lines::FlexGrid* FormTest::grid() const
+void FormTest::clickCell(int row, int col)
 {
-    return m_form->grid();
+    const QRect cell = grid()->visualRect(grid()->model()->index(row, col));
+    QTest::mouseClick(grid()->viewport(), Qt::LeftButton, {}, cell.center());
+}
+
+QString FormTest::focusName() const
+{
+    QWidget* w = QApplication::focusWidget();
+    return w ? w->objectName() : QString();
+}
+
+QStringList FormTest::column(int col) const
+{
+    QStringList cells;
+    for (int r = lines::FirstDataRow; r < grid()->rows(); ++r)
+        cells << grid()->textMatrix(r, col);
+    return cells;
 }
 
 } // namespace xv::test

@@ -7,6 +7,8 @@
 #include "host/Host.h"
 
 #include <QLineEdit>
+#include <QStringList>
+#include <QTest>
 
 #include <memory>
 
@@ -16,6 +18,24 @@ class FlexGrid;
 
 namespace xv::test {
 
+// The real host, watching the form's calls: the errors it reports (still shown unless keepErrors), the
+// lines' colours it reads, and, when filterKeys, a key filter that drops 'x' and types 'Q' for 'q'.
+class WatchingHost : public host::Host
+{
+public:
+    using Host::Host;
+    void ReportError(const QString& source, const QString& text, bool show) override;
+    void FilterKeyPress(int& keyCode) override;
+    host::Colour GetLockedColor() override { return colours << "locked", Host::GetLockedColor(); }
+    host::Colour GetIssuedColor() override { return colours << "issued", Host::GetIssuedColor(); }
+    host::Colour GetCollectedColor() override { return colours << "collected", Host::GetCollectedColor(); }
+
+    bool keepErrors = false;
+    bool filterKeys = false;
+    QStringList reported;
+    QStringList colours;
+};
+
 // The real order form, offscreen, through a real host on a fresh database of each engine. Orders are the
 // documents of a type that has an order counter: an old one is there from the start.
 class FormTest : public EngineTest
@@ -23,23 +43,42 @@ class FormTest : public EngineTest
 protected:
     void SetUp() override;
     void TearDown() override;
-    // The host the form will use; a test may hand a host of its own that watches the form's calls.
-    virtual std::unique_ptr<host::Host> makeHost(const host::HostOptions& options);
 
     form::frm_Commissioni& openForm();
     // This year's counter at lastNumber, the form open and a new order started.
     form::frm_Commissioni& openNewOrder(int lastNumber);
+    // A new order whose header is filled, so that lines can be entered, with the window active so that
+    // the focus moves as on screen, and the focus on the article code.
+    form::frm_Commissioni& startOrder();
+    void activate();
     void typeNumberAndEnter(const QString& number);
 
-    QLineEdit* field(const char* name) const;
-    QWidget* widget(const char* name) const;
+    void addArticle(const QString& code, const QString& description, qint64 priceRaw,
+                    const QVariant& real = 100, const QVariant& available = 90,
+                    const QString& category = QString());
+    // The entry fields as the operator leaves them for an article: its code loaded, a quantity typed.
+    void fillLine(const QString& code, const QString& quantity);
+    void addLine(const QString& code, const QString& quantity);
+
+    // Types into a field as the operator does: the field takes the focus, the text is replaced.
+    void type(const char* name, const QString& text);
+    void pressEnter(const char* name) { QTest::keyClick(field(name), Qt::Key_Return); }
+    void clickCell(int row, int col);
+
+    QLineEdit* field(const char* name) const
+    {
+        return m_form->findChild<QLineEdit*>(QString::fromLatin1(name));
+    }
+    QWidget* widget(const char* name) const { return m_form->findChild<QWidget*>(QString::fromLatin1(name)); }
     QString text(const char* name) const { return field(name)->text(); }
-    QAction* documentButton(int index) const;
-    QAction* linesButton(int index) const;
-    lines::FlexGrid* grid() const;
+    QString focusName() const;
+    QAction* documentButton(int index) const { return m_form->tbComandiDocumento().button(index); }
+    QAction* linesButton(int index) const { return m_form->tbComandiRighe().button(index); }
+    lines::FlexGrid* grid() const { return m_form->grid(); }
+    QStringList column(int col) const;
     data::Database& db() { return m_host->GetConnection(); }
 
-    host::Host* m_host = nullptr;
+    WatchingHost* m_host = nullptr;
     std::unique_ptr<form::frm_Commissioni> m_form;
     int m_year = 0;
 };

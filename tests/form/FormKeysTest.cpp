@@ -1,21 +1,19 @@
 // SPDX-License-Identifier: MIT
-// The order form's keys and its closing, driven offscreen on a real temporary database of each engine.
-#include "ScriptedDialogs.h"
+// The order form's keys, commands, closing and layout, driven offscreen on a real temporary database of
+// each engine.
 #include "FormFixture.h"
-#include "TestDatabase.h"
+#include "ScriptedDialogs.h"
+#include "ScriptedLists.h"
 #include "TestOrders.h"
 
-#include "data/Recordset.h"
-#include "form/frm_Commissioni.h"
-#include "host/Host.h"
-#include "host/Services.h"
+#include "common/Money.h"
 #include "lines/FlexGrid.h"
 #include "lines/GridColumns.h"
 
 #include <QApplication>
-#include <QLineEdit>
 #include <QTest>
 #include <QTimer>
+#include <QToolBar>
 #include <QWindow>
 
 #include <gtest/gtest.h>
@@ -25,45 +23,27 @@
 namespace {
 
 using namespace xv;
+using namespace xv::lines;
+using common::Money;
 using data::Recordset;
 using form::frm_Commissioni;
-
-// The real host, counting how often the form asks it for the lines' colours.
-class ColourCountingHost : public host::Host
-{
-public:
-    using Host::Host;
-    host::Colour GetLockedColor() override { return ++locked, Host::GetLockedColor(); }
-    host::Colour GetIssuedColor() override { return ++issued, Host::GetIssuedColor(); }
-    host::Colour GetCollectedColor() override { return ++collected, Host::GetCollectedColor(); }
-    int locked = 0;
-    int issued = 0;
-    int collected = 0;
-};
 
 class FormKeysTest : public test::FormTest
 {
 protected:
-    std::unique_ptr<host::Host> makeHost(const host::HostOptions& options) override
-    {
-        auto h = std::make_unique<ColourCountingHost>(options);
-        m_counting = h.get();
-        return h;
-    }
-    frm_Commissioni& openNewOrder() { return FormTest::openNewOrder(7); }
     // An order of this year with the given number of lines, shown on the form in browse mode.
     frm_Commissioni& openOrderOf(int lines)
     {
         for (int i = 0; i < lines; ++i)
-            test::addOrderLine(db(), "21", QDate(m_year, 4, 4), [i](Recordset& t) {
-                t.setValue("attrib06", "Sofia");
-                t.setValue("qta", i + 1);
-            });
+            test::addOrderLine(db(), "21", QDate(m_year, 4, 4), {{"attrib06", "Sofia"}, {"qta", i + 1}});
         openForm();
         typeNumberAndEnter("21");
         return *m_form;
     }
-    int heldLocks() { return Recordset::open(db(), "select count(*) as n from blocchi_record").value("n").toInt(); }
+    int heldLocks()
+    {
+        return Recordset::open(db(), "select count(*) as n from blocchi_record").value("n").toInt();
+    }
 
     // Runs the program's event loop until the form ends it, doing first what starts the close.
     int runUntilTheProgramEnds(const std::function<void()>& start)
@@ -80,19 +60,20 @@ protected:
         QApplication::setQuitOnLastWindowClosed(quitOnLast);
         return status;
     }
-
-    ColourCountingHost* m_counting = nullptr;
 };
 
-TEST_P(FormKeysTest, AnsweringNoToTheClosingQuestionKeepsTheFormAndWhatWasTyped)
+TEST_P(FormKeysTest, AnsweringNoToTheClosingQuestionKeepsTheFormEveryLineAndWhatWasTyped)
 {
+    for (const char* code : {"A1", "B2", "C3"})
+        addArticle(code, QStringLiteral("Articolo %1").arg(code), 10000);
     test::ScriptedDialogs dialogs;
-    frm_Commissioni& form = openNewOrder();
-    QTest::keyClicks(field("txt_soggettiEvento"), "Marco e Giulia");
-    field("txt_ragsoc")->setText("Rossi Maria");
+    frm_Commissioni& form = startOrder();
+    for (const char* code : {"A1", "B2", "C3"})
+        addLine(code, "2");
+    QTest::keyClicks(field("txt_soggettiEvento"), " e Sofia");
 
     const std::pair<const char*, std::function<void()>> ways[] = {
-        {"Esc", [&] { QTest::keyClick(field("txt_soggettiEvento"), Qt::Key_Escape); }},
+        {"Esc", [&] { QTest::keyClick(field("txt_qta"), Qt::Key_Escape); }},
         {"EXIT", [&] { form.tbComandiDocumento_ButtonClick(documentButton(8)); }},
         {"close button", [&] { EXPECT_FALSE(form.windowHandle()->close()); }},
     };
@@ -102,10 +83,10 @@ TEST_P(FormKeysTest, AnsweringNoToTheClosingQuestionKeepsTheFormAndWhatWasTyped)
         close();
         QApplication::processEvents();
         EXPECT_TRUE(form.isVisible());
-        EXPECT_EQ(field("txt_soggettiEvento")->text(), "Marco e Giulia");
-        EXPECT_EQ(field("txt_ragsoc")->text(), "Rossi Maria");
-        EXPECT_EQ(form.ModeTag1(), "X");
-        EXPECT_EQ(form.ModeTag2(), "S");
+        EXPECT_EQ(text("txt_soggettiEvento"), "Marco e Giulia e Sofia");
+        EXPECT_EQ(column(Col_codice_med), QStringList({"A1", "B2", "C3"}));
+        EXPECT_EQ(text("txt_Totale"), Money::fromInteger(6).toCurrencyText());
+        EXPECT_EQ(form.ModeTag1() + form.ModeTag2(), "XS");
     }
     ASSERT_EQ(dialogs.messages().size(), 3);
     const host::MessageRequest& asked = dialogs.messages().front();
@@ -118,12 +99,11 @@ TEST_P(FormKeysTest, AnsweringNoToTheClosingQuestionKeepsTheFormAndWhatWasTyped)
 TEST_P(FormKeysTest, ExitAnsweredYesReleasesTheLockAndEndsTheProgram)
 {
     test::ScriptedDialogs dialogs;
-    frm_Commissioni& form = openNewOrder();
+    frm_Commissioni& form = openNewOrder(7);
     ASSERT_EQ(m_host->LockRecord(static_cast<quintptr>(form.winId()), 7, "Commissioni"), "");
     ASSERT_EQ(heldLocks(), 1);
     dialogs.expectMessage("Si desidera uscire?", host::Answer::Yes);
-    const int status = runUntilTheProgramEnds([&] { form.tbComandiDocumento_ButtonClick(documentButton(8)); });
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(runUntilTheProgramEnds([&] { form.tbComandiDocumento_ButtonClick(documentButton(8)); }), 0);
     EXPECT_FALSE(form.isVisible());
     EXPECT_EQ(heldLocks(), 0);
 }
@@ -131,12 +111,11 @@ TEST_P(FormKeysTest, ExitAnsweredYesReleasesTheLockAndEndsTheProgram)
 TEST_P(FormKeysTest, YesClosesEvenWhenTheLockCannotBeReleased)
 {
     test::ScriptedDialogs dialogs;
-    frm_Commissioni& form = openNewOrder();
+    frm_Commissioni& form = openNewOrder(7);
     db().execute("drop table blocchi_record"); // the release now fails in the database
     dialogs.expectMessage("Si desidera uscire?", host::Answer::Yes);
     dialogs.expectMessage("Errori rilevati durante l'eliminazione del record bloccato!");
-    const int status = runUntilTheProgramEnds([&] { form.close(); });
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(runUntilTheProgramEnds([&] { form.close(); }), 0);
     EXPECT_FALSE(form.isVisible());
     ASSERT_EQ(dialogs.messages().size(), 2);
     EXPECT_EQ(dialogs.messages()[1].icon, host::Icon::Exclamation);
@@ -145,18 +124,15 @@ TEST_P(FormKeysTest, YesClosesEvenWhenTheLockCannotBeReleased)
 TEST_P(FormKeysTest, EveryKeyRunsTheFormsKeyHandlingOnceWhereverItGoes)
 {
     test::ScriptedDialogs noBoxes;
-    frm_Commissioni& form = openNewOrder();
+    frm_Commissioni& form = openNewOrder(7);
     QLineEdit* persons = field("txt_soggettiEvento");
     persons->setFocus();
     QApplication::processEvents();
     // A key the field does not take is offered to each of its parents in turn; the form acts on it once.
     const std::pair<const char*, std::function<void()>> keys[] = {
         {"letter", [&] { QTest::keyClick(persons, Qt::Key_M); }},
-        {"backspace", [&] { QTest::keyClick(persons, Qt::Key_Backspace); }},
         {"arrow up, which no field takes", [&] { QTest::keyClick(persons, Qt::Key_Up); }},
-        {"page down", [&] { QTest::keyClick(persons, Qt::Key_PageDown); }},
         {"letter through the window", [&] { QTest::keyClick(form.windowHandle(), Qt::Key_M); }},
-        {"arrow through the window", [&] { QTest::keyClick(form.windowHandle(), Qt::Key_Down); }},
         {"F9 through the window", [&] { QTest::keyClick(form.windowHandle(), Qt::Key_F9); }},
         {"letter to the form itself", [&] { QTest::keyClick(&form, Qt::Key_M); }},
     };
@@ -176,45 +152,120 @@ TEST_P(FormKeysTest, EveryKeyRunsTheFormsKeyHandlingOnceWhereverItGoes)
     EXPECT_EQ(persons->text(), typed + "mm");
 }
 
+TEST_P(FormKeysTest, TheHostsKeyFilterDecidesWhatIsTyped)
+{
+    test::ScriptedDialogs noBoxes;
+    m_host->filterKeys = true;
+    startOrder();
+    QLineEdit* persons = field("txt_soggettiEvento");
+    persons->clear();
+    QTest::keyClicks(persons, "quxa");
+    EXPECT_EQ(persons->text(), "Qua");
+}
+
 TEST_P(FormKeysTest, AKeyAsksForEachColourOfTheLinesOnceWhateverTheirNumber)
 {
     test::ScriptedDialogs noBoxes;
     frm_Commissioni& form = openOrderOf(15);
     ASSERT_EQ(form.LineCount(), 15);
     m_host->SaveSetting("Colori", "Emesso", "&H102030", "eKELA");
-    m_counting->locked = m_counting->issued = m_counting->collected = 0;
+    m_host->colours.clear();
     QTest::keyClick(field("txt_numeroCommissione"), Qt::Key_Up);
-    EXPECT_EQ(m_counting->locked, 1);
-    EXPECT_EQ(m_counting->issued, 1);
-    EXPECT_EQ(m_counting->collected, 1);
+    m_host->colours.sort();
+    EXPECT_EQ(m_host->colours, QStringList({"collected", "issued", "locked"}));
     // The colours are still the shop's settings of the moment, read again at the next key.
-    EXPECT_EQ(form.grid()->rowForeground(2), QColor(0x30, 0x20, 0x10));
+    EXPECT_EQ(grid()->rowForeground(2), QColor(0x30, 0x20, 0x10));
 }
 
-TEST_P(FormKeysTest, F3ShowsTheModifyCaptionsWhereverTheFocusIs)
+TEST_P(FormKeysTest, CommandsFollowTheModeAndF3ModifiesWhereverTheFocusIs)
 {
+    test::addOrderLine(db(), "21", QDate(m_year, 4, 4));
+    test::addOrderLine(db(), "21", QDate(m_year, 4, 4));
     test::ScriptedDialogs noBoxes;
-    frm_Commissioni& form = openOrderOf(2);
-    const char* const receivers[] = {"flx_Movimenti", "chk_Biglietti", "chk_Confetti_0", "tbComandiDocumento"};
-    for (const char* name : receivers) {
+    frm_Commissioni& form = openForm();
+    // Browse, empty grid: a number or a search only.
+    for (int button : {2, 3, 7})
+        EXPECT_FALSE(documentButton(button)->isEnabled()) << button;
+    EXPECT_FALSE(linesButton(5)->isEnabled());
+    EXPECT_TRUE(documentButton(5)->isEnabled());
+    EXPECT_FALSE(widget("fra_Main")->isEnabled());
+    EXPECT_TRUE(field("txt_numeroCommissione")->isEnabled());
+    EXPECT_EQ(form.statusPanelText(7), "Tot.Righe: 0");
+
+    for (const char* name : {"txt_numeroCommissione", "flx_Movimenti", "chk_Biglietti", "chk_Confetti_0",
+                             "tbComandiDocumento"}) {
         SCOPED_TRACE(name);
-        if (form.ModeTag1() == "X") {
+        if (form.ModeTag1() == "X")
             form.tbComandiDocumento_ButtonClick(documentButton(1)); // back to browse
-            QLineEdit* number = field("txt_numeroCommissione");
-            QTest::keyClicks(number, "21");
-            QTest::keyClick(number, Qt::Key_Return);
-        }
+        typeNumberAndEnter("21");
         ASSERT_EQ(form.LineCount(), 2);
         ASSERT_EQ(documentButton(2)->text(), "Modifica[F3]");
-        QWidget* receiver = form.findChild<QWidget*>(QString::fromLatin1(name));
-        ASSERT_NE(receiver, nullptr);
-        QTest::keyClick(receiver, Qt::Key_F3);
-        EXPECT_EQ(form.ModeTag1(), "X");
-        EXPECT_EQ(form.ModeTag2(), "A");
+        QTest::keyClick(widget(name), Qt::Key_F3);
+        EXPECT_EQ(form.ModeTag1() + form.ModeTag2(), "XA");
         EXPECT_EQ(documentButton(1)->text(), "Annulla[F2]");
         EXPECT_EQ(documentButton(2)->text(), "Aggiorna[F3]");
         EXPECT_TRUE(field("txt_soggettiEvento")->isEnabled());
     }
+    EXPECT_FALSE(field("txt_dataReg")->isEnabled()) << "an existing order keeps its registration date";
+    EXPECT_FALSE(documentButton(3)->isEnabled());
+    EXPECT_FALSE(documentButton(5)->isEnabled());
+    EXPECT_TRUE(grid()->isEnabled());
+    EXPECT_FALSE(field("txt_numeroCommissione")->isEnabled());
+
+    // An odd pair of Tags: the second caption stays as it was, the frames follow the first Tag.
+    form::setTag(documentButton(2), "M");
+    form.StateOfButtons();
+    EXPECT_EQ(documentButton(2)->text(), "Aggiorna[F3]");
+    EXPECT_TRUE(widget("fra_Evento")->isEnabled());
+}
+
+TEST_P(FormKeysTest, F7AndF8StayCrossedAndAKeyWhoseButtonIsDisabledDoesNothing)
+{
+    addArticle("A1", "Primo", 10000);
+    addArticle("B2", "Secondo", 20000);
+    test::ScriptedDialogs noBoxes;
+    frm_Commissioni& form = startOrder();
+    addLine("A1", "1");
+    fillLine("B2", "2");
+
+    QTest::keyClick(&form, Qt::Key_F8); // adds
+    EXPECT_EQ(column(Col_codice_med), QStringList({"A1", "B2"}));
+    grid()->setRow(FirstDataRow);
+    QTest::keyClick(&form, Qt::Key_F7); // removes
+    EXPECT_EQ(column(Col_codice_med), QStringList({"B2"}));
+    EXPECT_EQ(column(Col_Riga), QStringList({"1"}));
+
+    // REMOVE, EDIT and ADD disabled in turn: F8, F7 and F6 do nothing.
+    for (const auto& [button, key] :
+         {std::pair{2, Qt::Key_F8}, std::pair{3, Qt::Key_F7}, std::pair{1, Qt::Key_F6}}) {
+        SCOPED_TRACE(button);
+        linesButton(button)->setEnabled(false);
+        QTest::keyClick(&form, key);
+        EXPECT_EQ(form.LineCount(), 1);
+        linesButton(button)->setEnabled(true);
+    }
+}
+
+TEST_P(FormKeysTest, F5WithATextBoxFocusedRunsNoSearchOnlyTheRecalculation)
+{
+    test::ScriptedDialogs noBoxes;
+    test::ScriptedLists lists;
+    frm_Commissioni& form = openForm();
+    activate();
+    QLineEdit* number = field("txt_numeroCommissione");
+    number->setFocus();
+    ASSERT_EQ(QApplication::focusWidget(), number);
+    QTest::keyClick(number, Qt::Key_F5);
+    EXPECT_TRUE(lists.requests().isEmpty());
+    EXPECT_EQ(form.statusPanelText(6), "Tot.Q.tà: 0");
+
+    // From a toolbar button the same key searches.
+    QWidget* tool = static_cast<QToolBar*>(widget("tbComandiDocumento"))->widgetForAction(documentButton(1));
+    ASSERT_NE(tool, nullptr);
+    tool->setFocus();
+    lists.expectCancel("Trova Commissioni");
+    QTest::keyClick(tool, Qt::Key_F5);
+    EXPECT_EQ(lists.requests().size(), 1);
 }
 
 TEST_P(FormKeysTest, AtTheSmallestCommonScreenTheGridShowsTenLinesOrMore)
@@ -223,26 +274,38 @@ TEST_P(FormKeysTest, AtTheSmallestCommonScreenTheGridShowsTenLinesOrMore)
     frm_Commissioni& form = openOrderOf(15);
     form.resize(1366, 768);
     QApplication::processEvents();
-    lines::FlexGrid* grid = form.grid();
     ASSERT_EQ(form.LineCount(), 15);
-    auto wholeRows = [grid] {
-        grid->scrollToTop();
+    auto wholeRows = [this] {
+        grid()->scrollToTop();
         int whole = 0;
-        for (int r = lines::FirstDataRow; r < grid->rows(); ++r) {
-            const int top = grid->rowViewportPosition(r);
-            if (top >= 0 && top + grid->QTableView::rowHeight(r) <= grid->viewport()->height())
+        for (int r = FirstDataRow; r < grid()->rows(); ++r) {
+            const int top = grid()->rowViewportPosition(r);
+            if (top >= 0 && top + grid()->QTableView::rowHeight(r) <= grid()->viewport()->height())
                 ++whole;
         }
         return whole;
     };
-    EXPECT_GE(wholeRows(), 10) << "grid viewport " << grid->viewport()->height() << " px high";
+    EXPECT_GE(wholeRows(), 10) << "grid viewport " << grid()->viewport()->height() << " px high";
 
     // Changing the order, with both of the article panel's warnings up, leaves the grid as high.
     QTest::keyClick(field("txt_numeroCommissione"), Qt::Key_F3);
     for (const char* warning : {"lblInfo_29", "lbl_MsgCodice"})
-        form.findChild<QWidget*>(warning)->show();
+        widget(warning)->show();
     QApplication::processEvents();
-    EXPECT_GE(wholeRows(), 10) << "grid viewport " << grid->viewport()->height() << " px high";
+    EXPECT_GE(wholeRows(), 10) << "grid viewport " << grid()->viewport()->height() << " px high";
+}
+
+TEST_P(FormKeysTest, TheMainFrameStaysNearTheMiddleOfAWideWindow)
+{
+    test::ScriptedDialogs noBoxes;
+    frm_Commissioni& form = openForm();
+    form.resize(1920, 1000);
+    QApplication::processEvents();
+    QWidget* frame = widget("fra_Main");
+    const int frameMiddle = frame->mapTo(&form, QPoint(frame->width() / 2, 0)).x();
+    EXPECT_LT(frameMiddle, form.width() / 2);
+    EXPECT_GT(frameMiddle, form.width() / 2 - 12);
+    EXPECT_GT(widget("txt_numeroCommissione")->mapTo(&form, QPoint()).x(), frame->mapTo(&form, QPoint()).x());
 }
 
 XV_INSTANTIATE_FOR_ENGINES(FormKeysTest);

@@ -44,16 +44,18 @@ protected:
     }
 };
 
-TEST_P(NewDatabaseTest, ADatabaseNamedInTheEnvironmentStartsEmptyWithThisYearsOrderCounter)
+TEST_P(NewDatabaseTest, ADatabaseNamedInTheEnvironmentStartsEmptyWithThisYearsOrderCounterAndKeepsItsData)
 {
     {
         host::Host h(shopOptions());
         ASSERT_TRUE(h.Initialize());
         expectEmptyWithThisYearsOrderCounter(h);
+        h.SaveSetting("comm", "sql", "vista", "DOCS");
     }
     host::Host again(shopOptions());
     ASSERT_TRUE(again.Initialize());
-    expectEmptyWithThisYearsOrderCounter(again); // a second start adds nothing
+    expectEmptyWithThisYearsOrderCounter(again); // a second start adds nothing and keeps what was there
+    EXPECT_EQ(again.GetSetting("comm", "sql", "mov_co", "DOCS"), "vista");
 }
 
 TEST_P(NewDatabaseTest, ADatabaseNamedInTheConfigurationFileStartsEmptyWithThisYearsOrderCounter)

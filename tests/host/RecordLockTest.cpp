@@ -71,22 +71,50 @@ protected:
     }
 };
 
+TEST_P(RecordLockTest, ALockIsHeldAgainstOtherWorkstationsUntilReleased)
+{
+    auto other = workstation("BANCO2", "anna");
+    EXPECT_EQ(h().LockRecord(101, 42, "movimenti"), "");
+    EXPECT_EQ(h().LockRecord(101, 42, "movimenti"), ""); // the holder may lock again
+    const QString held = other->LockRecord(7, 42, "movimenti");
+    EXPECT_TRUE(held.contains("N. 42") && held.contains("tester") && held.contains("BANCO1"))
+        << held.toStdString();
+    EXPECT_EQ(other->LockRecord(7, 43, "movimenti"), "");
+    EXPECT_TRUE(h().ReleaseRecordLock(101));
+    EXPECT_EQ(other->LockRecord(8, 42, "movimenti"), "");
+    other->ClearRecordLock();
+    EXPECT_EQ(h().LockRecord(101, 42, "movimenti"), "");
+}
+
+// Asking for a lock someone else holds only reads: it must leave the caller's own transaction alone.
+TEST_P(RecordLockTest, FindingTheRecordHeldLeavesTheCallersTransactionOpen)
+{
+    auto other = workstation("BANCO2", "anna");
+    ASSERT_EQ(other->LockRecord(7, 42, "movimenti"), "");
+    data::Database& db = h().GetConnection();
+    {
+        data::Transaction transaction(db);
+        db.executeBound("insert into movimenti (numero, serie) values ('1', '2026')");
+        EXPECT_FALSE(h().LockRecord(101, 42, "movimenti").isEmpty());
+        EXPECT_TRUE(db.inTransaction());
+        db.executeBound("insert into movimenti (numero, serie) values ('2', '2026')");
+        transaction.commit();
+    }
+    QSqlQuery q = db.executeBound("select count(*) from movimenti");
+    ASSERT_TRUE(q.next());
+    EXPECT_EQ(q.value(0).toInt(), 2);
+}
+
 TEST_P(RecordLockTest, ALockWhoseSessionHasGoneNoLongerBlocksTheOrder)
 {
     auto other = workstation("BANCO2", "anna");
     ASSERT_EQ(other->LockRecord(7, 42, "movimenti"), "");
 
-    const QString held = h().LockRecord(101, 42, "movimenti");
-    EXPECT_TRUE(held.contains("N. 42")) << held.toStdString();
-    EXPECT_TRUE(held.contains("anna")) << held.toStdString();
-    EXPECT_TRUE(held.contains("BANCO2")) << held.toStdString();
-
+    ASSERT_FALSE(h().LockRecord(101, 42, "movimenti").isEmpty());
     killSessionOf(*other, 7);
     EXPECT_EQ(h().LockRecord(101, 42, "movimenti"), "");
     auto third = workstation("BANCO3", "marco");
-    const QString nowHeld = third->LockRecord(9, 42, "movimenti");
-    EXPECT_TRUE(nowHeld.contains("tester")) << nowHeld.toStdString();
-    EXPECT_TRUE(nowHeld.contains("BANCO1")) << nowHeld.toStdString();
+    EXPECT_TRUE(third->LockRecord(9, 42, "movimenti").contains("BANCO1")) << "the new lock holds";
 }
 
 TEST_P(RecordLockTest, AStartClearsTheLocksLeftByThisWorkstationsEarlierRunOnly)

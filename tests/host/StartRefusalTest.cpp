@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include "TestDatabase.h"
+
 #include "host/Host.h"
 
 #include <QDir>
@@ -11,54 +13,11 @@
 #include <gtest/gtest.h>
 
 #include <cctype>
-#include <cstdio>
 #include <functional>
-#include <unistd.h>
 
 namespace {
 
 using namespace xv;
-
-// What the program writes on its standard error while this lives.
-class StderrCapture
-{
-public:
-    StderrCapture()
-    {
-        std::fflush(stderr);
-        m_saved = ::dup(STDERR_FILENO);
-        m_file = std::tmpfile();
-        ::dup2(::fileno(m_file), STDERR_FILENO);
-    }
-    ~StderrCapture()
-    {
-        restore();
-        std::fclose(m_file);
-    }
-    QString text()
-    {
-        restore();
-        std::rewind(m_file);
-        QByteArray bytes;
-        char buffer[512];
-        for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, m_file)) > 0;)
-            bytes.append(buffer, static_cast<qsizetype>(n));
-        return QString::fromUtf8(bytes);
-    }
-
-private:
-    void restore()
-    {
-        if (m_saved < 0)
-            return;
-        std::fflush(stderr);
-        ::dup2(m_saved, STDERR_FILENO);
-        ::close(m_saved);
-        m_saved = -1;
-    }
-    int m_saved = -1;
-    std::FILE* m_file = nullptr;
-};
 
 void writeFile(const QString& path, const QByteArray& bytes)
 {
@@ -129,18 +88,16 @@ TEST_P(StartRefusalTest, TheStartIsRefusedWithItsReasonAndTheFileIsLeftAsItWas)
         if (named)
             options.connectionText = "sqlite:" + path;
         host::Host h(options);
-        StderrCapture err;
+        testing::internal::CaptureStderr();
         EXPECT_FALSE(h.Initialize());
-        const QString printed = err.text();
+        const QString printed = QString::fromStdString(testing::internal::GetCapturedStderr());
 
         ASSERT_TRUE(original.open(QIODevice::ReadOnly));
         EXPECT_EQ(original.readAll(), bytes) << "the file must not change";
         EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList({path.section('/', -1), "xvelario.log"}))
             << "nothing may be created beside it";
         EXPECT_TRUE(printed.contains(GetParam().reason)) << printed.toStdString();
-        QFile log(h.logFilePath());
-        ASSERT_TRUE(log.open(QIODevice::ReadOnly));
-        EXPECT_TRUE(QString::fromUtf8(log.readAll()).contains(GetParam().reason));
+        EXPECT_TRUE(test::logOf(h).contains(GetParam().reason));
     }
 }
 

@@ -19,18 +19,12 @@ using xv::data::Recordset;
 
 TEST(ArticleInfoTest, EveryCodeIsQuotedInThePanelsQueries)
 {
-    EXPECT_EQ(articleSql("BOM'1"),
-              "SELECT rowid,descrizione,prezzo_vendita,quantita_reale,quantita_disponibile,"
-              "quantita_ordinata,quantita_impegnata FROM med WHERE codice='BOM''1'");
-    EXPECT_EQ(
-        agentSql(kDefaultAgentSql, "A1"),
-        "SELECT distinct agente.RAGSOC,agente.EMAIL FROM controparti as fornitore,controparti as agente,"
-        "doc_righemov as righe where fornitore.codagente=agente.rowid and "
-        "fornitore.rowid=righe.rowid_controparte and righe.codice='A1'");
+    for (const QString& sql : {articleSql("O'Neil"), agentSql(kDefaultAgentSql, "O'Neil"), lastLoadSql("O'Neil"),
+                               lastSaleSql("O'Neil")})
+        EXPECT_TRUE(sql.contains("codice='O''Neil'")) << sql.toStdString();
+    // A shop's own agent query gets the article's condition after its own.
     EXPECT_EQ(agentSql("select ragsoc, email from agenti where 1=1", "x'); drop table med; --"),
               "select ragsoc, email from agenti where 1=1 and righe.codice='x''); drop table med; --'");
-    for (const QString& sql : {lastLoadSql("O'Neil"), lastSaleSql("O'Neil")})
-        EXPECT_TRUE(sql.contains("codice='O''Neil'")) << sql.toStdString();
 }
 
 TEST(ArticleInfoTest, AnArticleWithoutAvailableStockShowsZero)

@@ -141,16 +141,6 @@ TEST_F(FlexGridTest, RecolouringLinesSignalsOnlyTheRowsThatChange)
     EXPECT_EQ(m_grid.rowForeground(10), QColor(Qt::blue));
 }
 
-TEST_F(FlexGridTest, LinesAreNoHigherThanTheirTextNeeds)
-{
-    addLines(3);
-    const int text = m_grid.fontMetrics().height();
-    for (int r = FirstDataRow; r < m_grid.rows(); ++r) {
-        EXPECT_GE(m_grid.QTableView::rowHeight(r), text);
-        EXPECT_LE(m_grid.QTableView::rowHeight(r), text + 6);
-    }
-}
-
 TEST_F(FlexGridTest, KeyboardMovesTheOneSelectedRow)
 {
     addLines(4);

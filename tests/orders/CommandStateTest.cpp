@@ -45,15 +45,19 @@ TEST_P(CommandStateTable, FollowsTheModeTagsAndTheLines)
     EXPECT_EQ(s.linesPanel, QString("Tot.Righe: %1").arg(r.lines));
 }
 
-// tag1 tag2 lines  new            modify          mod    del    find   print  grid   main   number date   reset
+// tag1 tag2 lines  new            modify          mod    del    find   print  grid   main   number date reset
 INSTANTIATE_TEST_SUITE_P(
     Modes, CommandStateTable,
     ::testing::Values(
-        Row{"N", "M", 0, "Nuovo[F2]", "Modifica[F3]", false, false, true, false, false, false, true, true, false},
+        Row{"N", "M", 0, "Nuovo[F2]", "Modifica[F3]", false, false, true, false, false, false, true, true,
+            false},
         Row{"N", "M", 3, "Nuovo[F2]", "Modifica[F3]", true, true, true, true, false, false, true, true, true},
-        Row{"X", "S", 0, "Annulla[F2]", "Salva[F3]", false, false, false, false, false, true, false, true, false},
-        Row{"X", "S", 1, "Annulla[F2]", "Salva[F3]", true, false, false, false, true, true, false, true, true},
-        Row{"X", "A", 2, "Annulla[F2]", "Aggiorna[F3]", true, false, false, false, true, true, false, false, true},
+        Row{"X", "S", 0, "Annulla[F2]", "Salva[F3]", false, false, false, false, false, true, false, true,
+            false},
+        Row{"X", "S", 1, "Annulla[F2]", "Salva[F3]", true, false, false, false, true, true, false, true,
+            true},
+        Row{"X", "A", 2, "Annulla[F2]", "Aggiorna[F3]", true, false, false, false, true, true, false, false,
+            true},
         // A pair outside the three modes: the caption stays, the frames follow the first Tag alone.
         Row{"X", "M", 2, "Nuovo[F2]", nullptr, true, false, false, false, true, true, false, true, true},
         Row{"N", "S", 2, "Nuovo[F2]", nullptr, true, true, false, true, false, false, false, true, true},

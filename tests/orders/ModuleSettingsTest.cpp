@@ -14,20 +14,6 @@ class ModuleSettingsTest : public test::HostedTest
 {
 };
 
-TEST_P(ModuleSettingsTest, NothingStoredGivesTheDefaults)
-{
-    const orders::ModuleSettings s = orders::readModuleSettings(*m_host);
-    EXPECT_EQ(s.EMAIL_FROM, "");
-    EXPECT_EQ(s.tipogestione, "0");
-    EXPECT_EQ(s.tipomovimento, "CO");
-    EXPECT_FALSE(s.checkAddRigaFlex);
-    EXPECT_FALSE(s.checkControparti);
-    EXPECT_EQ(s.sql, "mov_co");
-    EXPECT_EQ(s.sql_tEventi, "sql_tEventi");
-    EXPECT_EQ(s.SQL_SelControparti,
-              "select distinct ragsoc,email,rowid from controparti where 1=1 [and_ragsoc] order by ragsoc asc");
-}
-
 TEST_P(ModuleSettingsTest, StoredValuesAreReadFromTheirOwnStoresAndSections)
 {
     m_host->SaveSetting("DOCS", "EMAIL_FROM", "ordini@example.it", "eKELA");
@@ -57,16 +43,5 @@ TEST_P(ModuleSettingsTest, SwitchesAreOnForAnyNonZeroNumber)
 }
 
 XV_INSTANTIATE_FOR_ENGINES(ModuleSettingsTest);
-
-TEST(CustomerListSqlTest, PutsTheTypedNameWhereThePlaceholderStands)
-{
-    const QString pattern =
-        "select distinct ragsoc,email,rowid from controparti where 1=1 [and_ragsoc] order by ragsoc asc";
-    EXPECT_EQ(orders::customerListSql(pattern, "D'Ang"),
-              "select distinct ragsoc,email,rowid from controparti where 1=1 and ragsoc like 'D''Ang%' order by "
-              "ragsoc asc");
-    EXPECT_EQ(orders::customerListSql(pattern, ""),
-              "select distinct ragsoc,email,rowid from controparti where 1=1  order by ragsoc asc");
-}
 
 } // namespace

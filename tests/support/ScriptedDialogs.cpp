@@ -19,19 +19,13 @@ ScriptedDialogs::ScriptedDialogs()
         const Expected expected = m_expectedMessages.front();
         m_expectedMessages.pop_front();
         EXPECT_TRUE(request.text.contains(expected.containing))
-            << "message box '" << request.text.toStdString() << "' lacks '" << expected.containing.toStdString()
-            << "'";
+            << "message box '" << request.text.toStdString() << "' lacks '"
+            << expected.containing.toStdString() << "'";
         return expected.answer;
     });
-    Dialogs::setInputHandler([this](const host::InputRequest& request) -> std::optional<QString> {
-        m_inputs.push_back(request);
-        if (m_expectedInputs.empty()) {
-            ADD_FAILURE() << "unexpected input box: " << request.prompt.toStdString();
-            return std::nullopt;
-        }
-        auto answer = m_expectedInputs.front();
-        m_expectedInputs.pop_front();
-        return answer;
+    Dialogs::setInputHandler([](const host::InputRequest& request) -> std::optional<QString> {
+        ADD_FAILURE() << "unexpected input box: " << request.prompt.toStdString();
+        return std::nullopt;
     });
 }
 
@@ -41,18 +35,11 @@ ScriptedDialogs::~ScriptedDialogs()
     Dialogs::setInputHandler({});
     for (const Expected& expected : m_expectedMessages)
         ADD_FAILURE() << "expected message box never shown: " << expected.containing.toStdString();
-    if (!m_expectedInputs.empty())
-        ADD_FAILURE() << m_expectedInputs.size() << " expected input box(es) never shown";
 }
 
 void ScriptedDialogs::expectMessage(const QString& containing, Answer answer)
 {
     m_expectedMessages.push_back({containing, answer});
-}
-
-void ScriptedDialogs::expectInput(std::optional<QString> answer)
-{
-    m_expectedInputs.push_back(std::move(answer));
 }
 
 } // namespace xv::test

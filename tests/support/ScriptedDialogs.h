@@ -8,12 +8,11 @@
 #include <QVector>
 
 #include <deque>
-#include <optional>
 
 namespace xv::test {
 
-// Answers the program's message and input boxes by script while it lives. A box nobody expected
-// fails the test, and so does an expected box that never came.
+// Answers the program's message boxes by script while it lives. A box nobody expected fails the test (an
+// input box always does), and so does an expected box that never came.
 class ScriptedDialogs
 {
 public:
@@ -24,10 +23,8 @@ public:
 
     // The next message box must contain this text; it is answered with the given answer.
     void expectMessage(const QString& containing, host::Answer answer = host::Answer::Ok);
-    void expectInput(std::optional<QString> answer);
 
     const QVector<host::MessageRequest>& messages() const { return m_messages; }
-    const QVector<host::InputRequest>& inputs() const { return m_inputs; }
 
 private:
     struct Expected
@@ -36,9 +33,7 @@ private:
         host::Answer answer;
     };
     std::deque<Expected> m_expectedMessages;
-    std::deque<std::optional<QString>> m_expectedInputs;
     QVector<host::MessageRequest> m_messages;
-    QVector<host::InputRequest> m_inputs;
 };
 
 } // namespace xv::test

@@ -3,6 +3,7 @@
 
 #include "data/Schema.h"
 
+#include <QFile>
 #include <QRandomGenerator>
 #include <QSqlDatabase>
 #include <QSqlError>
@@ -39,6 +40,12 @@ QString adminExec(const QString& base, const QString& statement)
 }
 
 } // namespace
+
+QString logOf(const host::Host& h)
+{
+    QFile file(h.logFilePath());
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
 
 bool postgresRequired()
 {

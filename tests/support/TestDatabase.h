@@ -47,6 +47,9 @@ private:
 // PostgreSQL must be there when the test script started it or in CI; elsewhere its tests are skipped.
 bool postgresRequired();
 
+// Everything the host has written to its log so far.
+QString logOf(const host::Host& h);
+
 // Base of the tests that run once per engine.
 class EngineTest : public ::testing::TestWithParam<data::Engine>
 {

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "common/Money.h"
-#include "data/Recordset.h"
-
 #include <QDate>
 #include <QString>
+#include <QVariant>
 
-#include <functional>
+#include <initializer_list>
+#include <utility>
 
 namespace xv::data {
 class Database;
@@ -15,10 +14,13 @@ class Database;
 
 namespace xv::test {
 
-// Writes one order line with every column filled, as a saved order holds it; adjust changes fields
-// before the row is written. Returns the new row's key.
+// Column values of an order line; the amounts (prezzo, prezzo2, imponibile, imposta, totale) in euros.
+using LineValues = std::initializer_list<std::pair<const char*, QVariant>>;
+
+// Writes one order line with every column filled, as a saved order holds it, then the values given.
+// Returns the new row's key.
 int addOrderLine(data::Database& db, const QString& numero, const QDate& datadocumento,
-                 const std::function<void(data::Recordset&)>& adjust = {});
+                 LineValues values = {});
 
 void addCounter(data::Database& db, int year, int lastNumber);
 
