@@ -57,7 +57,8 @@ bool frm_Commissioni::CheckPreSalvataggio()
         }
         return false;
     } catch (...) {
-        host::host().ReportError(QStringLiteral("xVELARIO.frm_Commissioni.CheckPreSalvataggio"), QString(), true);
+        host::host().ReportError(QStringLiteral("xVELARIO.frm_Commissioni.CheckPreSalvataggio"), QString(),
+                                 true);
         return false;
     }
 }
@@ -91,8 +92,8 @@ void frm_Commissioni::Documento_ControllaDate()
                                        host::Icon::Exclamation, host::host().GetAppTitle());
         }
     } catch (...) {
-        host::host().ReportError(QStringLiteral("xVELARIO.frm_Commissioni.Documento_ControllaDate"), QString(),
-                                 true);
+        host::host().ReportError(QStringLiteral("xVELARIO.frm_Commissioni.Documento_ControllaDate"),
+                                 QString(), true);
     }
 }
 

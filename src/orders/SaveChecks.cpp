@@ -29,9 +29,10 @@ SaveCheck checkBeforeSaving(const SaveFields& fields, const std::function<QStrin
     SaveFields& f = check.fields;
 
     if (f.dataRitiro1.isEmpty() && f.dataRitiro2.isEmpty())
-        return failure(check, 1,
-                       QStringLiteral("Attenzione uno di questi campi 'Data Ritiro 1-2' non può essere vuoto!"),
-                       Icon::Information, "txt_dataRitiro1");
+        return failure(
+            check, 1,
+            QStringLiteral("Attenzione uno di questi campi 'Data Ritiro 1-2' non può essere vuoto!"),
+            Icon::Information, "txt_dataRitiro1");
     if (f.ragsoc.isEmpty())
         return failure(check, 2, QStringLiteral("Attenzione questo campo non può essere vuoto!"),
                        Icon::Information, "txt_ragsoc");
@@ -57,7 +58,8 @@ SaveCheck checkBeforeSaving(const SaveFields& fields, const std::function<QStrin
         return failure(check, 8, QStringLiteral("Attenzione il campo 'Soggetti Evento' non essere vuoto!"),
                        Icon::Information, "txt_soggettiEvento");
     if (f.bigliettiTicked && f.frase.isEmpty())
-        return failure(check, 9, QStringLiteral("Attenzione il campo 'Frase Biglietti' non può essere vuoto!"),
+        return failure(check, 9,
+                       QStringLiteral("Attenzione il campo 'Frase Biglietti' non può essere vuoto!"),
                        Icon::Exclamation, "txt_frase");
     if (f.lineCount <= 0)
         return failure(check, 10, QStringLiteral("Attenzione nessuna riga presente!"), Icon::Exclamation,
@@ -70,7 +72,8 @@ SaveCheck checkBeforeSaving(const SaveFields& fields, const std::function<QStrin
     // total never reaches the deposit check below and needs no "0" put into it there.
     const std::optional<common::Money> shownTotal = common::Money::tryParse(f.totale);
     if (!shownTotal || *shownTotal == common::Money())
-        return failure(check, 12, QStringLiteral("Attenzione il totale commissione non può essere uguale a Zero"),
+        return failure(check, 12,
+                       QStringLiteral("Attenzione il totale commissione non può essere uguale a Zero"),
                        Icon::Information, nullptr);
 
     if (f.acconto.isEmpty())

@@ -53,8 +53,8 @@ TEST_P(SaveChecksTest, ADepositOverTheTotalShowsTheDifferenceAndGoesToTheDeposit
     ASSERT_EQ(text("txt_Totale"), common::Money::fromInteger(80).toCurrencyText());
     field("txt_Acconto")->setText("100");
     field("txt_codice")->setFocus();
-    dialogs.expectMessage(
-        QString::fromUtf8("L'importo dell'acconto supera l'importo totale della Commissione (-20,00\u00a0€)"));
+    dialogs.expectMessage(QString::fromUtf8(
+        "L'importo dell'acconto supera l'importo totale della Commissione (-20,00\u00a0€)"));
     EXPECT_FALSE(form.CheckPreSalvataggio());
     ASSERT_EQ(dialogs.messages().size(), 1);
     EXPECT_EQ(dialogs.messages()[0].icon, host::Icon::Exclamation);

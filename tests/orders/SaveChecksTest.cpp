@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "QtPrinters.h"
 #include "orders/SaveChecks.h"
+#include "QtPrinters.h"
 
 #include <gtest/gtest.h>
 
@@ -9,8 +9,8 @@
 namespace {
 
 using xv::host::Icon;
-using xv::orders::SaveFields;
 using xv::orders::checkBeforeSaving;
+using xv::orders::SaveFields;
 
 SaveFields completeOrder()
 {
@@ -64,7 +64,8 @@ TEST_P(SaveChecksTable, StopsAtTheFirstFailureWithItsMessageIconAndField)
 const char* const kPickUp = "Attenzione uno di questi campi 'Data Ritiro 1-2' non può essere vuoto!";
 const char* const kName = "Attenzione questo campo non può essere vuoto!";
 const char* const kPhone = "Attenzione uno di questi campi 'Telefono 1-2' non può essere vuoto!";
-const char* const kDateReg = "Attenzione la Data di Registrazione non può essere vuota oppure non è corretta!";
+const char* const kDateReg =
+    "Attenzione la Data di Registrazione non può essere vuota oppure non è corretta!";
 
 INSTANTIATE_TEST_SUITE_P(
     Steps, SaveChecksTable,
@@ -88,9 +89,11 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"NoCeremony", [](SaveFields& f) { f.tipoEvento.clear(); }, 6,
              "Attenzione il campo 'Cerimonia' non può essere vuoto!", Icon::Information, "txt_tipoEvento"},
         Case{"NoCeremonyDate", [](SaveFields& f) { f.dataEvento.clear(); }, 7,
-             "Attenzione il campo 'Data cerimonia' non può essere vuoto!", Icon::Information, "txt_dataEvento"},
+             "Attenzione il campo 'Data cerimonia' non può essere vuoto!", Icon::Information,
+             "txt_dataEvento"},
         Case{"NoPersons", [](SaveFields& f) { f.soggettiEvento.clear(); }, 8,
-             "Attenzione il campo 'Soggetti Evento' non essere vuoto!", Icon::Information, "txt_soggettiEvento"},
+             "Attenzione il campo 'Soggetti Evento' non essere vuoto!", Icon::Information,
+             "txt_soggettiEvento"},
         Case{"CardsWithoutPhrase", [](SaveFields& f) { f.frase.clear(); }, 9,
              "Attenzione il campo 'Frase Biglietti' non può essere vuoto!", Icon::Exclamation, "txt_frase"},
         Case{"NoCardsNoPhrase", [](SaveFields& f) { f.bigliettiTicked = false, f.frase.clear(); }, 0, "",
@@ -104,8 +107,8 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"EmptyTotal", [](SaveFields& f) { f.totale.clear(); }, 12,
              "Attenzione il totale commissione non può essere uguale a Zero", Icon::Information, ""},
         Case{"DepositOverTotal", [](SaveFields& f) { f.acconto = "100"; }, 13,
-             "L'importo dell'acconto supera l'importo totale della Commissione (-20,00\u00a0€)", Icon::Exclamation,
-             "txt_Acconto"},
+             "L'importo dell'acconto supera l'importo totale della Commissione (-20,00\u00a0€)",
+             Icon::Exclamation, "txt_Acconto"},
         Case{"DepositEqualToTotal", [](SaveFields& f) { f.acconto = "80,00 €"; }, 0, "", Icon::None, ""},
         Case{"NoDeposit", [](SaveFields& f) { f.acconto.clear(); }, 0, "", Icon::None, ""},
         Case{"DepositNoAmount", [](SaveFields& f) { f.acconto = "dieci"; }, 13,
