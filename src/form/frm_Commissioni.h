@@ -88,6 +88,12 @@ public:
     void SetTextBoxControparte();
     const QString& currentLinesQuery() const { return m_linesQuery; }
 
+    // --- checks before saving
+    // True when every check passed; otherwise one message was shown and the focus is on the field named.
+    bool CheckPreSalvataggio();
+    // For leaving a header date field: an empty or wrong registration date becomes today's.
+    void Documento_ControllaDate();
+
     // --- adding, changing and removing lines
     // Answers whether a line was written: a refused line leaves the grid as it was.
     bool Flex_AggiungiRiga();

@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: MIT
+// The checks before saving through the real form: the first failure's message and focus, the fields the
+// checks fill, and a complete order let through; offscreen on a real temporary database of each engine.
+#include "FormFixture.h"
+#include "ScriptedDialogs.h"
+
+#include "common/Dates.h"
+#include "common/Money.h"
+#include "form/frm_Commissioni.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace xv;
+using form::frm_Commissioni;
+
+class SaveChecksTest : public test::FormTest
+{
+protected:
+    // A new order that passes every check once its deposit is within the total of 80,00.
+    frm_Commissioni& completeOrder()
+    {
+        addArticle("BOM001", "Bomboniera in porcellana", 800000);
+        frm_Commissioni& form = startOrder();
+        field("txt_telefono")->setText("0831 123456");
+        field("txt_tipoEvento")->setText("Matrimonio");
+        field("txt_dataRitiro")->setText("20/06/2027");
+        addLine("BOM001", "1");
+        return form;
+    }
+};
+
+TEST_P(SaveChecksTest, NoNameAndNoTelephoneShowsOnlyTheNameMessageAndGoesToTheName)
+{
+    test::ScriptedDialogs dialogs;
+    frm_Commissioni& form = openNewOrder(7);
+    activate();
+    field("txt_codice")->setFocus();
+    dialogs.expectMessage("Attenzione questo campo non può essere vuoto!");
+    EXPECT_FALSE(form.CheckPreSalvataggio());
+    ASSERT_EQ(dialogs.messages().size(), 1);
+    EXPECT_EQ(dialogs.messages()[0].icon, host::Icon::Information);
+    EXPECT_EQ(dialogs.messages()[0].title, m_host->GetAppTitle());
+    EXPECT_EQ(focusName(), "txt_ragsoc");
+    EXPECT_EQ(text("txt_rowidUtente"), "") << "the user is filled only once the customer checks pass";
+}
+
+TEST_P(SaveChecksTest, ADepositOverTheTotalShowsTheDifferenceAndGoesToTheDeposit)
+{
+    test::ScriptedDialogs dialogs;
+    frm_Commissioni& form = completeOrder();
+    ASSERT_EQ(text("txt_Totale"), common::Money::fromInteger(80).toCurrencyText());
+    field("txt_Acconto")->setText("100");
+    field("txt_codice")->setFocus();
+    dialogs.expectMessage(QString::fromUtf8(
+        "L'importo dell'acconto supera l'importo totale della Commissione (-20,00\u00a0€)"));
+    EXPECT_FALSE(form.CheckPreSalvataggio());
+    ASSERT_EQ(dialogs.messages().size(), 1);
+    EXPECT_EQ(dialogs.messages()[0].icon, host::Icon::Exclamation);
+    EXPECT_EQ(focusName(), "txt_Acconto");
+    EXPECT_EQ(text("txt_Acconto"), common::Money::fromInteger(100).toCurrencyText());
+}
+
+TEST_P(SaveChecksTest, ACompleteOrderPassesWithTheOperatorAsItsUser)
+{
+    test::ScriptedDialogs noBoxes;
+    frm_Commissioni& form = completeOrder();
+    field("txt_rowidUtente")->clear();
+    field("txt_Acconto")->setText("80");
+    EXPECT_TRUE(form.CheckPreSalvataggio());
+    EXPECT_EQ(text("txt_rowidUtente"), m_host->GetUserName());
+    EXPECT_FALSE(text("txt_rowidUtente").isEmpty());
+    EXPECT_EQ(text("txt_Acconto"), common::Money::fromInteger(80).toCurrencyText());
+}
+
+TEST_P(SaveChecksTest, CheckingTheDatesPutsTodayInAnEmptyRegistrationDateAndLeavesTheOthers)
+{
+    test::ScriptedDialogs noBoxes;
+    frm_Commissioni& form = openNewOrder(7);
+    field("txt_dataReg")->clear();
+    field("txt_dataEvento")->clear();
+    field("txt_dataRitiro2")->setText("non so");
+    form.Documento_ControllaDate();
+    EXPECT_EQ(text("txt_dataReg"), common::shortDate(QDate::currentDate()));
+    EXPECT_EQ(text("txt_dataEvento"), "");
+    EXPECT_EQ(text("txt_dataRitiro2"), "non so");
+}
+
+XV_INSTANTIATE_FOR_ENGINES(SaveChecksTest);
+
+} // namespace
