@@ -22,19 +22,6 @@ QString keyCondition(const OrderKey& key)
            sqlEscape(key.numero) + QStringLiteral("' and serie='") + sqlEscape(key.serie) + QLatin1Char('\'');
 }
 
-[[noreturn]] void invalidUseOfNull(const QString& field)
-{
-    throw RuntimeError(common::ErrorNumber::InvalidUseOfNull,
-                       QStringLiteral("Uso non valido di Null: %1").arg(field));
-}
-
-QString requiredText(const Recordset& rs, const QString& field)
-{
-    if (rs.isNull(field))
-        invalidUseOfNull(field);
-    return rs.text(field);
-}
-
 common::Money requiredMoney(const Recordset& rs, const QString& field)
 {
     if (rs.isNull(field))

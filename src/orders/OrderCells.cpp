@@ -24,12 +24,6 @@ namespace {
 // The suite keeps a time of day alone as a time on this day.
 const QDate kZeroDate(1899, 12, 30);
 
-[[noreturn]] void invalidUseOfNull(const QString& field)
-{
-    throw RuntimeError(common::ErrorNumber::InvalidUseOfNull,
-                       QStringLiteral("Uso non valido di Null: %1").arg(field));
-}
-
 // Whole numbers and single floats are written back with a numeric-value reading, so they are shown with a
 // point.
 QString numberText(const QVariant& value)
@@ -104,6 +98,19 @@ QDateTime cellDate(const QString& cell)
 }
 
 } // namespace
+
+void invalidUseOfNull(const QString& field)
+{
+    throw RuntimeError(common::ErrorNumber::InvalidUseOfNull,
+                       QStringLiteral("Uso non valido di Null: %1").arg(field));
+}
+
+QString requiredText(const Recordset& rs, const QString& field)
+{
+    if (rs.isNull(field))
+        invalidUseOfNull(field);
+    return rs.text(field);
+}
 
 QString dateText(const QVariant& value)
 {

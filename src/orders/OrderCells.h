@@ -23,6 +23,11 @@ namespace xv::orders {
 // empty cell only in the columns that may hold one.
 QStringList gridCells(const data::Recordset& rs, const QVector<int>& columnTypes);
 
+// A stored order reads no null where a value must be: error 94, naming the field.
+[[noreturn]] void invalidUseOfNull(const QString& field);
+// The field's text, or error 94 when it is null.
+QString requiredText(const data::Recordset& rs, const QString& field);
+
 // A value of a date column as the grid and the text boxes show it ("" for a null).
 QString dateText(const QVariant& value);
 

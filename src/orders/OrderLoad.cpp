@@ -23,20 +23,8 @@ QString customerSql(qint32 key)
 
 namespace {
 
-[[noreturn]] void invalidUseOfNull(const QString& field)
-{
-    throw RuntimeError(common::ErrorNumber::InvalidUseOfNull, QStringLiteral("Uso non valido di Null: %1").arg(field));
-}
-
 QString textOrEmpty(const Recordset& rs, const QString& field)
 {
-    return rs.text(field);
-}
-
-QString requiredText(const Recordset& rs, const QString& field)
-{
-    if (rs.isNull(field))
-        invalidUseOfNull(field);
     return rs.text(field);
 }
 
