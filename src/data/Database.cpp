@@ -189,8 +189,24 @@ QSqlDatabase Database::handle() const
     return QSqlDatabase::database(m_connectionName, false);
 }
 
+void Database::failStatement(int n)
+{
+    m_failAt = n > 0 ? m_statements + n : 0;
+}
+
+void Database::countStatement(const QString& statement)
+{
+    ++m_statements;
+    if (m_failAt != 0 && m_statements == m_failAt) {
+        m_failAt = 0;
+        throw RuntimeError(ErrorNumber::DatabaseError,
+                           QStringLiteral("Errore provocato per prova\n[%1]").arg(statement));
+    }
+}
+
 QSqlQuery Database::prepareAndRun(const QString& nativeSql, const QVariantList& values)
 {
+    countStatement(nativeSql);
     QSqlQuery query(handle());
     query.setForwardOnly(true);
     query.setNumericalPrecisionPolicy(QSql::HighPrecision);
@@ -245,6 +261,7 @@ void Database::commit()
 {
     if (m_transactionDepth == 0)
         throw RuntimeError(ErrorNumber::InvalidProcedureCall, QStringLiteral("Nessuna transazione aperta"));
+    countStatement(QStringLiteral("COMMIT"));
     if (m_transactionDepth == 1) {
         if (!handle().commit())
             fail(handle().lastError(), QStringLiteral("COMMIT"));

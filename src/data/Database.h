@@ -59,7 +59,14 @@ public:
     // column would keep as foreign text is a type mismatch naming the column.
     QVariant toStorage(const QVariant& value, int typeCode, const QString& column = {}) const;
 
+    // What a failure half-way leaves behind is proved by making one fail: the n-th statement from now on
+    // (a commit counts as one) fails as the engine's own errors do. 0 turns it off; it fails once.
+    void failStatement(int n);
+    // Statements run (commits included) since the connection opened.
+    qint64 statementCount() const { return m_statements; }
+
 private:
+    void countStatement(const QString& statement);
     static QString savepointName(int level);
     void setWorkstationTimeZone();
     QVariant storedDate(const QVariant& value, const QString& column) const;
@@ -69,6 +76,8 @@ private:
     ConnectionConfig m_config;
     QString m_connectionName;
     int m_transactionDepth = 0;
+    qint64 m_statements = 0;
+    qint64 m_failAt = 0;
 };
 
 // Rolls back unless commit() was called: an early return or an exception never leaves half a write.

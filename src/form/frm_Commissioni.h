@@ -6,6 +6,7 @@
 #include "orders/ModuleSettings.h"
 #include "orders/NewLine.h"
 #include "orders/OpenOrder.h"
+#include "orders/OrderSave.h"
 
 #include <QDateTime>
 #include <QMainWindow>
@@ -93,6 +94,15 @@ public:
     bool CheckPreSalvataggio();
     // For leaving a header date field: an empty or wrong registration date becomes today's.
     void Documento_ControllaDate();
+
+    // --- saving, updating and deleting
+    // The save command: checks, the question, the header into the lines, the write, then the order is
+    // read back. True when the order was written and shown again.
+    bool Documento_Salva();
+    void Documento_CopiaTestata();
+    // Writes ("S" a new order, "A" a saved one) or deletes ("E") the order in one transaction; false when
+    // nothing was changed (an error, reported, or a delete not confirmed).
+    bool SalvaAggiornaElimina(const QString& mode);
 
     // --- adding, changing and removing lines
     // Answers whether a line was written: a refused line leaves the grid as it was.
@@ -203,6 +213,9 @@ private:
     void addComponentLines();
     orders::LineEntry lineEntry() const;
     void copyLineBack(int row);
+    orders::GridRows gridRows() const;
+    void putGridLines(const QVector<QStringList>& lines, std::initializer_list<int> columns);
+    void printAfterSaving();
 
     const std::unique_ptr<Ui::frm_Commissioni> m_ui;
     KeyedToolBar m_documentBar;

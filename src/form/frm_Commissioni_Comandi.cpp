@@ -4,6 +4,7 @@
 
 #include "ui_frm_Commissioni.h"
 
+#include "common/Conversions.h"
 #include "common/RuntimeError.h"
 #include "host/Dialogs.h"
 #include "host/Services.h"
@@ -59,10 +60,25 @@ void frm_Commissioni::tbComandiDocumento_ButtonClick(QAction* button)
             if (tagOf(m_documentBar.button(2)) == QLatin1String("M"))
                 SetModificaTags();
             else
-                throw common::RuntimeError::notSupported(QStringLiteral("Documento_Salva"));
+                Documento_Salva();
             StateOfButtons();
         } else if (key == QLatin1String("DELETE")) {
-            throw common::RuntimeError::notSupported(QStringLiteral("SalvaAggiornaElimina"));
+            host::IHost& h = host::host();
+            const qint32 number = common::toInt32(common::numericValue(m_ui->txt_numeroCommissione->text()));
+            const QString holder =
+                h.LockRecord(static_cast<quintptr>(winId()), number, QStringLiteral("Commissioni"));
+            // "Errore" means the lock could not be asked for at all: the delete goes ahead without it.
+            if (!holder.isEmpty() && holder != QLatin1String("Errore")) {
+                host::Dialogs::message(QStringLiteral("Attenzione, il documento N° ") +
+                                           m_ui->txt_numeroCommissione->text() + QLatin1Char('\\') +
+                                           m_order.serie +
+                                           QStringLiteral(" è in uso e non può essere eliminato: ") + holder,
+                                       host::Buttons::Ok, host::Icon::Information, h.GetAppTitle());
+                return; // the hourglass stays until the next command, as it always has here
+            }
+            if (SalvaAggiornaElimina(QStringLiteral("E")))
+                h.ClearRecordLock();
+            StateOfButtons();
         } else if (key == QLatin1String("FIND")) {
             Documento_Trova();
             StateOfButtons();
@@ -76,8 +92,8 @@ void frm_Commissioni::tbComandiDocumento_ButtonClick(QAction* button)
             QApplication::restoreOverrideCursor();
     } catch (...) {
         // The hourglass stays until the next command, as it always has after an error here.
-        host::host().ReportError(QStringLiteral("tbComandiDocumento_ButtonClick"), QStringLiteral("Pulsante: ") + key,
-                                 true);
+        host::host().ReportError(QStringLiteral("tbComandiDocumento_ButtonClick"),
+                                 QStringLiteral("Pulsante: ") + key, true);
     }
 }
 
@@ -101,8 +117,8 @@ void frm_Commissioni::tbComandiRighe_ButtonClick(QAction* button)
         Flex_RicalcolaTotali();
         StateOfButtons();
     } catch (...) {
-        host::host().ReportError(QStringLiteral("tbComandiRighe_ButtonClick"), QStringLiteral("PULSANTE: ") + key,
-                                 true);
+        host::host().ReportError(QStringLiteral("tbComandiRighe_ButtonClick"),
+                                 QStringLiteral("PULSANTE: ") + key, true);
     }
 }
 
@@ -120,14 +136,18 @@ void frm_Commissioni::Form_KeyDown(int& keyCode, int)
             if (tagOf(m_documentBar.button(2)) == QLatin1String("M"))
                 SetModificaTags();
             else
-                throw common::RuntimeError::notSupported(QStringLiteral("Documento_Salva"));
+                Documento_Salva();
             // As the toolbar's button does: the captions follow the new mode wherever the focus is.
             StateOfButtons();
             break;
         case kKeyF4:
             if (!m_documentBar.button(3)->isEnabled())
                 return;
-            throw common::RuntimeError::notSupported(QStringLiteral("SalvaAggiornaElimina"));
+            // Without the toolbar's lock test: the key has always deleted straight away.
+            if (!SalvaAggiornaElimina(QStringLiteral("E")))
+                host::Dialogs::message(QStringLiteral("Eliminazione non effettuata"), host::Buttons::Ok,
+                                       host::Icon::Critical, host::host().GetAppTitle());
+            break;
         case kKeyF5: {
             if (!m_documentBar.button(5)->isEnabled())
                 return;
@@ -255,8 +275,9 @@ void frm_Commissioni::Form_QueryUnload(bool& cancel, int)
             return;
         }
         if (!h.ReleaseRecordLock(static_cast<quintptr>(winId())))
-            host::Dialogs::message(QStringLiteral("Errori rilevati durante l'eliminazione del record bloccato!"),
-                                   host::Buttons::Ok, host::Icon::Exclamation, h.GetAppTitle());
+            host::Dialogs::message(
+                QStringLiteral("Errori rilevati durante l'eliminazione del record bloccato!"),
+                host::Buttons::Ok, host::Icon::Exclamation, h.GetAppTitle());
     } catch (...) {
         // A failure before the operator said Yes must not close the form on what was typed.
         if (!leaving)

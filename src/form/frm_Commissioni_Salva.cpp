@@ -4,9 +4,14 @@
 #include "frm_Commissioni.h"
 #include "ui_frm_Commissioni.h"
 
+#include "common/Conversions.h"
 #include "common/Dates.h"
+#include "common/RuntimeError.h"
+#include "data/Database.h"
 #include "host/Dialogs.h"
 #include "host/Services.h"
+#include "lines/FlexGrid.h"
+#include "lines/GridColumns.h"
 #include "orders/SaveChecks.h"
 
 #include <QCheckBox>
@@ -94,6 +99,175 @@ void frm_Commissioni::Documento_ControllaDate()
     } catch (...) {
         host::host().ReportError(QStringLiteral("xVELARIO.frm_Commissioni.Documento_ControllaDate"),
                                  QString(), true);
+    }
+}
+
+namespace {
+
+// An amount field as the write reads it: empty is nothing owed yet.
+common::Money fieldAmount(const QLineEdit* box)
+{
+    const QString text = box->text().trimmed();
+    return text.isEmpty() ? common::Money() : common::Money::parse(text);
+}
+
+} // namespace
+
+orders::GridRows frm_Commissioni::gridRows() const
+{
+    const lines::FlexGrid* g = grid();
+    orders::GridRows rows;
+    if (g->rows() < lines::FirstDataRow)
+        return rows;
+    const int cols = g->cols();
+    for (int c = 0; c < cols; ++c) {
+        rows.names << g->textMatrix(0, c);
+        rows.typeCodes << common::toInt32(common::numericValue(g->textMatrix(1, c)));
+    }
+    rows.lines.reserve(g->rows() - lines::FirstDataRow);
+    for (int r = lines::FirstDataRow; r < g->rows(); ++r) {
+        QStringList cells;
+        cells.reserve(cols);
+        for (int c = 0; c < cols; ++c)
+            cells << g->textMatrix(r, c);
+        rows.lines << cells;
+    }
+    return rows;
+}
+
+void frm_Commissioni::putGridLines(const QVector<QStringList>& lines, std::initializer_list<int> columns)
+{
+    lines::FlexGrid* g = grid();
+    for (int i = 0; i < lines.size() && lines::FirstDataRow + i < g->rows(); ++i) {
+        for (int c : columns) {
+            if (c < lines[i].size() && c < g->cols())
+                g->setTextMatrix(lines::FirstDataRow + i, c, lines[i][c]);
+        }
+    }
+}
+
+void frm_Commissioni::Documento_CopiaTestata()
+{
+    orders::Customer& c = m_order.customer;
+    c.telefono = m_ui->txt_telefono->text();
+    c.cellulare = m_ui->txt_cellulare->text();
+    c.email = m_ui->txt_email->text();
+
+    orders::HeaderValues header;
+    header.customer = c;
+    header.dataRitiro1 = m_ui->txt_dataRitiro1->text();
+    header.dataRitiro2 = m_ui->txt_dataRitiro2->text();
+    header.tipoEvento = m_ui->txt_tipoEvento->text();
+    header.dataEvento = m_ui->txt_dataEvento->text();
+    header.soggettiEvento = m_ui->txt_soggettiEvento->text();
+    header.riferimenti = m_ui->txt_Riferimenti->text();
+    header.statoRiga = m_order.key == 0 ? QString() : m_order.statoRiga;
+
+    QVector<QStringList> lines = gridRows().lines;
+    orders::copyHeader(lines, header, QDateTime::currentDateTime());
+    using namespace lines;
+    putGridLines(lines, {Col_datareg,    Col_Datadal,        Col_oradal,
+                         Col_Dataal,     Col_oraal,          Col_rowid_controparti,
+                         Col_Nominativo, Col_codenominativo, Col_Indirizzo,
+                         Col_Cap,        Col_comune,         Col_Spedizione,
+                         Col_provincia,  Col_Strada,         Col_telefono,
+                         Col_Cellulare,  Col_Email,          Col_attrib04,
+                         Col_attrib05,   Col_attrib06,       Col_riferimenti,
+                         Col_StatoRiga});
+}
+
+bool frm_Commissioni::SalvaAggiornaElimina(const QString& mode)
+{
+    host::IHost& h = host::host();
+    try {
+        const std::optional<orders::WriteMode> writeMode = orders::writeModeFromLetter(mode);
+        if (!writeMode)
+            throw common::RuntimeError(common::ErrorNumber::InvalidProcedureCall,
+                                       QStringLiteral("Modalità di scrittura sconosciuta: '%1'").arg(mode));
+        orders::OrderWrite write;
+        write.grid = gridRows();
+        write.key = m_order.orderKey();
+        write.idnumeratore = m_order.idnumeratore;
+        write.acconto = fieldAmount(m_ui->txt_Acconto);
+        write.totale = fieldAmount(m_ui->txt_Totale);
+        const bool isNew = orders::gridOrderKey(write.grid) == 0;
+        const QString proposed = write.key.numero;
+
+        const QString title = h.GetAppTitle();
+        const QString shownKey = write.key.numero + QLatin1Char('\\') + write.key.serie;
+        const auto confirmDelete = [&] {
+            return host::Dialogs::message(
+                       QStringLiteral("Eliminare il documento N°") + shownKey + QLatin1Char('?'),
+                       host::Buttons::YesNo, host::Icon::Exclamation, title) == host::Answer::Yes;
+        };
+        const orders::WriteResult result =
+            orders::writeOrder(h.GetConnection(), *writeMode, write, confirmDelete);
+        putGridLines(write.grid.lines, {lines::Col_prezzo2, lines::Col_imposta, lines::Col_numero});
+        if (!result.done)
+            return false;
+
+        QString message;
+        if (*writeMode == orders::WriteMode::Delete) {
+            message = QStringLiteral("Cancellazione del documento N°") + shownKey +
+                      QStringLiteral(" eseguita correttamente!");
+        } else if (isNew) {
+            message = QStringLiteral("Salvataggio eseguito correttamente!");
+            if (result.renumbered) {
+                // The operator must know the number the customer's order now has.
+                m_order.numero = result.numero;
+                m_ui->txt_numeroCommissione->setText(result.numero);
+                message += QStringLiteral("\n\nIl N° %1 era già stato usato da un'altra postazione: la "
+                                          "commissione è stata salvata con il N° %2\\%3.")
+                               .arg(proposed, result.numero, write.key.serie);
+            }
+        } else {
+            message = QStringLiteral("Aggiornamento del documento ") + shownKey +
+                      QStringLiteral(" eseguito correttamente!");
+        }
+        setTag(m_documentBar.button(1), QStringLiteral("N"));
+        setTag(m_documentBar.button(2), QStringLiteral("M"));
+        host::Dialogs::message(message, host::Buttons::Ok, host::Icon::Information, title);
+        return true;
+    } catch (...) {
+        const common::ErrorInfo info = common::describe(std::current_exception());
+        h.ReportError(QStringLiteral("xVELARIO.frm_Commissioni.SalvaAggiornaElimina"),
+                      QString::number(info.number) + QStringLiteral(" -> ") + info.description, true);
+        return false;
+    }
+}
+
+void frm_Commissioni::printAfterSaving()
+{
+    // The control slips print with the printing of the orders; until then the operator is told plainly
+    // that nothing was printed, rather than left waiting for a sheet.
+    host::Dialogs::message(QStringLiteral("La stampa delle schede di controllo non è ancora disponibile: "
+                                          "nessuna stampa è stata eseguita."),
+                           host::Buttons::Ok, host::Icon::Information, host::host().GetAppTitle());
+}
+
+bool frm_Commissioni::Documento_Salva()
+{
+    host::IHost& h = host::host();
+    try {
+        if (!CheckPreSalvataggio())
+            return false;
+        const bool isNew = m_order.key == 0;
+        const QString question = (isNew ? QStringLiteral("Salvare") : QStringLiteral("Aggiornare")) +
+                                 QStringLiteral(" la commissione N° ") + m_ui->txt_numeroCommissione->text() +
+                                 QLatin1Char('\\') + m_order.serie + QStringLiteral(" ?");
+        if (host::Dialogs::message(question, host::Buttons::YesNo, host::Icon::Question, h.GetAppTitle()) !=
+            host::Answer::Yes)
+            return false;
+        Documento_CopiaTestata();
+        if (!SalvaAggiornaElimina(isNew ? QStringLiteral("S") : QStringLiteral("A")))
+            return false;
+        if (h.AskPrintQuestion())
+            printAfterSaving();
+        h.DocumentWritten(this);
+        return Flex_CaricaDocumento(m_order.orderKey());
+    } catch (...) {
+        h.ReportError(QStringLiteral("xVELARIO.frm_Commissioni.Documento_Salva"), QString(), true);
+        return false;
     }
 }
 

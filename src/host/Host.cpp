@@ -395,6 +395,21 @@ bool Host::IsControlSlipMode()
                                            QStringLiteral("0"), QStringLiteral("DOCS"))) != 0.0;
 }
 
+bool Host::AskPrintQuestion()
+{
+    return Dialogs::message(QStringLiteral("Stampare il documento appena registrato?"), Buttons::YesNo,
+                            Icon::Question, GetAppTitle()) == Answer::Yes;
+}
+
+void Host::DocumentWritten(QWidget* form)
+{
+    ++m_documentsWritten;
+    // The log is where the shop looks for who wrote what and when.
+    writeLog(QStringLiteral("%1\t%2\tDocumento registrato da %3 (%4)")
+                 .arg(QDateTime::currentDateTime().toString(Qt::ISODate),
+                      form ? form->windowTitle() : QString(), GetUserName(), GetStationName()));
+}
+
 void Host::FilterKeyPress(int&)
 {
     // The suite's key filter exists for modules with special keyboards; this shop's keys pass unchanged.

@@ -64,6 +64,8 @@ public:
     void ClearRecordLock() override;
 
     bool IsControlSlipMode() override;
+    bool AskPrintQuestion() override;
+    void DocumentWritten(QWidget* form) override;
     void FilterKeyPress(int& keyCode) override;
     void FillMenuFromQuery(MenuArray& menu, const QString& sql, const QString& captionField,
                            const QString& tagField) override;
@@ -90,6 +92,8 @@ public:
 
     QString logFilePath() const;
     QWidget* registeredForm() const { return m_form; }
+    // How many documents windows have reported written since the start.
+    int documentsWritten() const { return m_documentsWritten; }
 
 private:
     void writeLog(const QString& line);
@@ -112,6 +116,7 @@ private:
         quintptr window = 0;
     };
     std::optional<HeldLock> m_lastLock;
+    int m_documentsWritten = 0;
 };
 
 // A colour setting's text: "&HFF00" (the suite's hexadecimal form, blue-green-red) or a decimal number.

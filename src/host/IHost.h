@@ -100,6 +100,10 @@ public:
     virtual void ClearRecordLock() = 0;
 
     virtual bool IsControlSlipMode() = 0;
+    // Asked after a document was written: whether to print it now.
+    virtual bool AskPrintQuestion() = 0;
+    // Told when a module's window has written a document, so that the suite can follow what changed.
+    virtual void DocumentWritten(QWidget* form) = 0;
     virtual void FilterKeyPress(int& keyCode) = 0;
     virtual void FillMenuFromQuery(MenuArray& menu, const QString& sql, const QString& captionField,
                                    const QString& tagField) = 0;
