@@ -147,9 +147,12 @@ bool frm_Commissioni::TextBox_LostFocus(QLineEdit* box)
     try {
         bool keep = true;
         if (box == m_ui->txt_dataReg || box == m_ui->txt_dataEvento || box == m_ui->txt_dataRitiro1 ||
-            box == m_ui->txt_dataRitiro2 || box == m_ui->txt_dataRitiro)
+            box == m_ui->txt_dataRitiro2 || box == m_ui->txt_dataRitiro) {
             keep = leaveDateField(box);
-        else if (box == m_ui->txt_codice)
+            // Leaving any date of the order also puts back a registration date that is missing.
+            if (keep)
+                Documento_ControllaDate();
+        } else if (box == m_ui->txt_codice)
             keep = leaveCodeField();
         else if (box == m_ui->txt_prezzo)
             keep = leavePriceField();

@@ -87,6 +87,18 @@ TEST_P(SaveChecksTest, CheckingTheDatesPutsTodayInAnEmptyRegistrationDateAndLeav
     EXPECT_EQ(text("txt_dataRitiro2"), "non so");
 }
 
+TEST_P(SaveChecksTest, LeavingADateFieldPutsBackAMissingRegistrationDate)
+{
+    test::ScriptedDialogs noBoxes;
+    openNewOrder(7);
+    activate();
+    field("txt_dataReg")->clear();
+    type("txt_dataEvento", "200627");
+    field("txt_soggettiEvento")->setFocus(Qt::TabFocusReason);
+    EXPECT_EQ(text("txt_dataEvento"), "20/06/2027");
+    EXPECT_EQ(text("txt_dataReg"), common::shortDate(QDate::currentDate()));
+}
+
 XV_INSTANTIATE_FOR_ENGINES(SaveChecksTest);
 
 } // namespace
