@@ -191,12 +191,13 @@ WriteResult writeOrder(data::Database& db, WriteMode mode, OrderWrite& order,
     if (orderKey == 0)
         db.execute(advanceCounterSql(order.idnumeratore));
 
-    // An order that was never saved has no rows of its own: rows under its number belong to an order
-    // another workstation saved first, and are never removed from here.
+    // A new order has no rows of its own yet: rows under its number belong to an order another
+    // workstation saved first, and are never removed from here. An update or a delete replaces the
+    // order's own rows, also when its first line was added since it was loaded.
     if (!order.key.numero.isEmpty()) {
-        if (orderKey != 0) {
+        if (mode != WriteMode::Save)
             db.execute(removeOrderSql(order.key));
-        } else if (mode == WriteMode::Save && orderExists(db, order.key)) {
+        else if (orderExists(db, order.key)) {
             result.numero = freeNumber(db, order);
             result.renumbered = true;
         }
@@ -225,8 +226,7 @@ WriteResult writeOrder(data::Database& db, WriteMode mode, OrderWrite& order,
     if (mode == WriteMode::Delete) {
         if (!confirmDelete || !confirmDelete())
             return result; // the transaction rolls back: the rows removed above come back
-        if (orderKey != 0)
-            db.execute(removeOrderSql(order.key));
+        db.execute(removeOrderSql(order.key));
     }
     transaction.commit();
     if (result.renumbered)

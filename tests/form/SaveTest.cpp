@@ -281,6 +281,21 @@ TEST_P(SaveTest, AnErrorWhileWritingLeavesTheDatabaseAsItWasAndTheOrderOnTheForm
     EXPECT_EQ(m_host->documentsWritten(), 0);
 }
 
+TEST_P(SaveTest, PrintingAfterASaveSaysPlainlyThatNothingWasPrinted)
+{
+    test::ScriptedDialogs dialogs;
+    frm_Commissioni& form = completeOrder({"1"});
+    field("txt_frase")->setText("Con affetto");
+    dialogs.expectMessage("Salvare la commissione", host::Answer::Yes);
+    dialogs.expectMessage("Salvataggio eseguito correttamente!");
+    dialogs.expectMessage("Stampare il documento appena registrato?", host::Answer::Yes);
+    dialogs.expectMessage("non è ancora disponibile: nessuna stampa è stata eseguita");
+    ASSERT_TRUE(form.Documento_Salva());
+    EXPECT_EQ(dialogs.messages()[2].icon, host::Icon::Question);
+    EXPECT_EQ(orderRows("8"), 1) << "the order stays saved whatever the printing does";
+    EXPECT_EQ(m_host->documentsWritten(), 1);
+}
+
 XV_INSTANTIATE_FOR_ENGINES(SaveTest);
 
 } // namespace

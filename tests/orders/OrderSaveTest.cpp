@@ -146,14 +146,15 @@ TEST_P(OrderSaveTest, AFreeNumberIsKeptEvenWhenTheCounterHasMovedOn)
     EXPECT_EQ(scalar("select numero from numeratori"), "12");
 }
 
-TEST_P(OrderSaveTest, AnOrderNeverSavedRemovesNoRowsOfTheOrderThatHasItsNumber)
+TEST_P(OrderSaveTest, AnUpdateWhoseFirstLineIsNewReplacesTheOrderInsteadOfAddingToIt)
 {
-    savedElsewhere("8");
-    orders::OrderWrite order = newOrder("8", 1);
-    const orders::WriteResult result =
-        orders::writeOrder(db(), WriteMode::Delete, order, [] { return true; });
+    // The operator removed the saved first line and added another: the grid's first line has no key.
+    test::addOrderLine(db(), "8", QDate::currentDate(), {{"Nominativo", "Vecchia riga"}});
+    orders::OrderWrite order = newOrder("8", 2);
+    const orders::WriteResult result = orders::writeOrder(db(), WriteMode::Update, order, {});
     EXPECT_TRUE(result.done);
-    EXPECT_EQ(names("8"), QStringList{"Altra postazione"});
+    EXPECT_FALSE(result.renumbered);
+    EXPECT_EQ(names("8"), (QStringList{"Nuovo cliente", "Nuovo cliente"}));
 }
 
 TEST_P(OrderSaveTest, ACounterThatCannotGiveANumberStopsTheSaveWithNothingWritten)
