@@ -1,0 +1,230 @@
+// SPDX-License-Identifier: MIT
+// What the database and the operator's order are left with when saving goes wrong: a statement failing at
+// each point of a save, an update and a delete. Through the real form, offscreen, on both engines.
+#include "FormFixture.h"
+
+#include "data/Database.h"
+#include "form/frm_Commissioni.h"
+#include "host/Dialogs.h"
+#include "lines/FlexGrid.h"
+#include "lines/GridColumns.h"
+
+#include <QSqlQuery>
+#include <QSqlRecord>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace xv;
+using form::frm_Commissioni;
+
+enum class Command { Save, Update, Delete };
+
+// The entries of two snapshots that differ, for a failure one can read.
+std::string changes(const QStringList& before, const QStringList& after)
+{
+    std::string text;
+    for (qsizetype i = 0; i < std::max(before.size(), after.size()); ++i) {
+        if (before.value(i) != after.value(i))
+            text += "\n  was: " + before.value(i).left(300).toStdString() +
+                    "\n  now: " + after.value(i).left(300).toStdString();
+    }
+    return text;
+}
+
+// What one command did while a fault was armed, as the operator saw it.
+struct Attempt
+{
+    bool completed = false;  // the command's success message came
+    bool faultFired = false; // the armed statement had been reached by then
+    QStringList errors;      // the error boxes shown
+};
+
+class SaveSafetyTest : public test::FormTest
+{
+protected:
+    // A new order of three lines, its header filled so that every check passes.
+    frm_Commissioni& typeOrder()
+    {
+        addArticle("BOM001", "Bomboniera in porcellana", 800000, 100, 90);
+        addArticle("CNF002", "Confetti alla mandorla", 150000, 50, 40);
+        addArticle("SCT003", "Scatolina in latta", 20000, 20, 20);
+        frm_Commissioni& form = startOrder();
+        field("txt_telefono")->setText("0831 123456");
+        field("txt_tipoEvento")->setText("Matrimonio");
+        field("txt_dataRitiro")->setText("20/06/2027");
+        addLine("BOM001", "1");
+        addLine("CNF002", "2");
+        addLine("SCT003", "3");
+        field("txt_Acconto")->setText("10");
+        field("txt_frase")->setText("Con affetto");
+        return form;
+    }
+
+    // Every row of the tables a write touches, every column, in key order.
+    QStringList storedRows()
+    {
+        QStringList rows;
+        const std::pair<const char*, const char*> tables[] = {
+            {"movimenti", "rowid"}, {"numeratori", "idnumeratore"}, {"med", "rowid"}};
+        for (const auto& [table, key] : tables) {
+            QSqlQuery q = db().executeBound(QStringLiteral("select * from %1 order by %2").arg(table, key));
+            while (q.next()) {
+                QStringList values{QString::fromLatin1(table)};
+                for (int i = 0; i < q.record().count(); ++i)
+                    values << (q.isNull(i) ? QStringLiteral("NULL") : q.value(i).toString());
+                rows << values.join(QLatin1Char('|'));
+            }
+        }
+        return rows;
+    }
+
+    // What the operator has on screen: the mode, every text box, every cell of the lines except the
+    // moments of writing, which each save sets afresh.
+    QStringList onScreen() const
+    {
+        QStringList state{m_form->ModeTag1() + m_form->ModeTag2()};
+        for (const QLineEdit* box : m_form->findChildren<QLineEdit*>())
+            state << box->objectName() + QLatin1Char('=') + box->text();
+        for (int r = lines::FirstDataRow; r < grid()->rows(); ++r) {
+            for (int c = 0; c < grid()->cols(); ++c) {
+                if (c != lines::Col_datareg && c != lines::Col_oradal && c != lines::Col_oraal)
+                    state << grid()->textMatrix(r, c);
+            }
+        }
+        return state;
+    }
+
+    // Runs the command from the toolbar with the n-th statement of its write failing, answering yes to
+    // going ahead and no to printing. The fault is armed once the operator has said yes to saving, or,
+    // for a delete, after the statements that look at the order's lock.
+    Attempt attempt(Command command, int n)
+    {
+        Attempt a;
+        qint64 armedAt = 0;
+        const auto arm = [&](int before) {
+            armedAt = db().statementCount() + before;
+            db().failStatement(before + n);
+        };
+        host::Dialogs::setMessageHandler([&](const host::MessageRequest& box) {
+            if (box.text.contains(QStringLiteral(" la commissione N° "))) {
+                arm(0);
+                return host::Answer::Yes;
+            }
+            if (box.text.startsWith(QLatin1String("Eliminare il documento")))
+                return host::Answer::Yes;
+            if (box.text.startsWith(QLatin1String("Stampare")))
+                return host::Answer::No;
+            if (box.icon == host::Icon::Critical) {
+                a.errors << box.text;
+            } else if (box.text.contains(QLatin1String(" correttamente!"))) {
+                a.completed = true;
+                a.faultFired = db().statementCount() - armedAt >= n;
+                db().failStatement(0);
+            } else {
+                ADD_FAILURE() << "unexpected message box: " << box.text.toStdString();
+            }
+            return host::Answer::Ok;
+        });
+        if (command == Command::Delete) {
+            arm(lockStatements());
+            m_form->tbComandiDocumento_ButtonClick(documentButton(3));
+        } else {
+            m_form->tbComandiDocumento_ButtonClick(documentButton(2));
+        }
+        host::Dialogs::setMessageHandler({});
+        db().failStatement(0);
+        return a;
+    }
+
+    // How many statements the toolbar's delete runs on the order's lock before it writes: the form takes
+    // the lock first, so every later look finds it held by this window.
+    int lockStatements()
+    {
+        const quintptr window = static_cast<quintptr>(m_form->winId());
+        const qint32 number = m_form->order().numero.toInt();
+        m_host->LockRecord(window, number, QStringLiteral("Commissioni"));
+        const qint64 before = db().statementCount();
+        EXPECT_EQ(m_host->LockRecord(window, number, QStringLiteral("Commissioni")), QString());
+        return static_cast<int>(db().statementCount() - before);
+    }
+
+    // Fails each statement of the command's write in turn, from the first until the write completes
+    // without reaching the fault; each failure must leave the database and the screen as they were.
+    void failEveryStatement(Command command)
+    {
+        const QStringList stored = storedRows();
+        // What a save does to the screen before it writes: the checks fill the user and format the
+        // amounts, the header goes into the lines. From then on what the operator sees must stay.
+        ASSERT_TRUE(m_form->CheckPreSalvataggio());
+        m_form->Documento_CopiaTestata();
+        const QStringList typed = onScreen();
+        m_host->reported.clear();
+        for (int n = 1; n <= 200; ++n) {
+            SCOPED_TRACE(QStringLiteral("statement %1").arg(n).toStdString());
+            const Attempt a = attempt(command, n);
+            if (a.completed) {
+                EXPECT_FALSE(a.faultFired) << "a failed statement was passed over and the write went on";
+                EXPECT_GT(n, 3) << "every write of an order runs more than three statements";
+                return;
+            }
+            const QStringList rows = storedRows();
+            ASSERT_TRUE(rows == stored) << changes(stored, rows);
+            ASSERT_EQ(a.errors.size(), 1);
+            EXPECT_TRUE(a.errors[0].contains("Origine: xVELARIO.frm_Commissioni.SalvaAggiornaElimina"))
+                << a.errors[0].toStdString();
+            EXPECT_TRUE(a.errors[0].contains("Errore provocato per prova")) << a.errors[0].toStdString();
+            ASSERT_EQ(m_host->reported.size(), n);
+            const QStringList screen = onScreen();
+            ASSERT_TRUE(screen == typed) << changes(typed, screen);
+        }
+        FAIL() << "the write never completed";
+    }
+
+    // The order saved, collected, and shown again ready to be changed.
+    void collectedOrderOnScreen()
+    {
+        typeOrder();
+        ASSERT_EQ(attempt(Command::Save, 1000).completed, true);
+        db().executeBound(QStringLiteral("update movimenti set StatoRiga='RITIRATO' where numero='8'"));
+        ASSERT_TRUE(m_form->Flex_CaricaDocumento(m_form->order().orderKey()));
+        ASSERT_EQ(m_form->StatoCommissione(), "RITIRATO");
+        field("txt_frase")->setText("Con affetto");
+    }
+
+    int count(const QString& sql)
+    {
+        QSqlQuery q = db().executeBound(sql);
+        return q.next() ? q.value(0).toInt() : -1;
+    }
+};
+
+TEST_P(SaveSafetyTest, AFailureAtAnyStatementOfSavingANewOrderLeavesEverythingAsItWas)
+{
+    typeOrder();
+    failEveryStatement(Command::Save);
+    EXPECT_EQ(count("select count(*) from movimenti where numero='8'"), 3);
+    EXPECT_EQ(count("select numero from numeratori where codtipodoc='CO' order by serie desc"), 8);
+}
+
+TEST_P(SaveSafetyTest, AFailureAtAnyStatementOfUpdatingACollectedOrderLeavesEverythingAsItWas)
+{
+    collectedOrderOnScreen();
+    m_form->tbComandiDocumento_ButtonClick(documentButton(2)); // into changing the order
+    ASSERT_EQ(m_form->ModeTag2(), "A");
+    failEveryStatement(Command::Update);
+    EXPECT_EQ(count("select count(*) from movimenti where numero='8' and StatoRiga='RITIRATO'"), 3);
+    EXPECT_EQ(count("select quantita_reale from med where codice='SCT003'"), 23) << "the stock moved once";
+}
+
+TEST_P(SaveSafetyTest, AFailureAtAnyStatementOfDeletingAnOrderLeavesEverythingAsItWas)
+{
+    collectedOrderOnScreen();
+    failEveryStatement(Command::Delete);
+    EXPECT_EQ(count("select count(*) from movimenti where numero='8'"), 0);
+}
+
+XV_INSTANTIATE_FOR_ENGINES(SaveSafetyTest);
+
+} // namespace
