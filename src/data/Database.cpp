@@ -14,6 +14,8 @@
 #include <QSqlError>
 #include <QTimeZone>
 
+#include <sqlite3.h>
+
 #include <cstdlib>
 
 Q_LOGGING_CATEGORY(lcDb, "xv.host.db")
@@ -31,9 +33,30 @@ QString nextConnectionName()
     return QStringLiteral("xv-%1").arg(counter.fetchAndAddRelaxed(1));
 }
 
+// What stops every write, put so that the operator knows what to do about it: a database that cannot be
+// written (a file on a read-only share or with the wrong permissions, a server that takes only reads) or a
+// disk with no room left. Empty for any other error. SQLite gives its result code as a number, whose low
+// byte is the primary code also when the code is an extended one; PostgreSQL its five-character SQLSTATE.
+QString writeRefusal(const QSqlError& error)
+{
+    const QString code = error.nativeErrorCode();
+    bool number = false;
+    const int sqlite = code.size() < 5 ? code.toInt(&number) & 0xFF : -1;
+    if ((number && sqlite == SQLITE_READONLY) || code == QLatin1String("25006"))
+        return QStringLiteral("Il database è in sola lettura: impossibile registrare le modifiche. "
+                              "Controllare che il file del database e la sua cartella, o la cartella "
+                              "condivisa, si possano scrivere e riprovare.");
+    if ((number && sqlite == SQLITE_FULL) || code == QLatin1String("53100"))
+        return QStringLiteral("Il disco del database è pieno: impossibile registrare le modifiche. Liberare "
+                              "spazio sul disco del database e riprovare.");
+    return {};
+}
+
 [[noreturn]] void fail(const QSqlError& error, const QString& statement)
 {
-    const QString text = error.text().trimmed();
+    QString text = error.text().trimmed();
+    if (const QString refusal = writeRefusal(error); !refusal.isEmpty())
+        text = refusal + QLatin1Char('\n') + text;
     throw RuntimeError(ErrorNumber::DatabaseError,
                        statement.isEmpty() ? text : QStringLiteral("%1\n[%2]").arg(text, statement));
 }

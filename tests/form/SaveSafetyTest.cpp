@@ -96,9 +96,9 @@ protected:
         return state;
     }
 
-    // Runs the command from the toolbar with the n-th statement of its write failing, answering yes to
-    // going ahead and no to printing. The fault is armed once the operator has said yes to saving, or,
-    // for a delete, after the statements that look at the order's lock.
+    // Runs the command from the toolbar with the n-th statement of its write failing (none for 0),
+    // answering yes to going ahead and no to printing. The fault is armed once the operator has said yes to
+    // saving, or, for a delete, after the statements that look at the order's lock.
     Attempt attempt(Command command, int n)
     {
         Attempt a;
@@ -120,7 +120,7 @@ protected:
                 a.errors << box.text;
             } else if (box.text.contains(QLatin1String(" correttamente!"))) {
                 a.completed = true;
-                a.faultFired = db().statementCount() - armedAt >= n;
+                a.faultFired = n > 0 && db().statementCount() - armedAt >= n;
                 db().failStatement(0);
             } else {
                 ADD_FAILURE() << "unexpected message box: " << box.text.toStdString();
@@ -150,16 +150,21 @@ protected:
         return static_cast<int>(db().statementCount() - before);
     }
 
+    // What the operator sees once a save has begun: the checks fill the user and format the amounts, the
+    // header goes into the lines. From then on, whatever happens, it must stay.
+    QStringList screenWhenSaving()
+    {
+        EXPECT_TRUE(m_form->CheckPreSalvataggio());
+        m_form->Documento_CopiaTestata();
+        return onScreen();
+    }
+
     // Fails each statement of the command's write in turn, from the first until the write completes
     // without reaching the fault; each failure must leave the database and the screen as they were.
     void failEveryStatement(Command command)
     {
         const QStringList stored = storedRows();
-        // What a save does to the screen before it writes: the checks fill the user and format the
-        // amounts, the header goes into the lines. From then on what the operator sees must stay.
-        ASSERT_TRUE(m_form->CheckPreSalvataggio());
-        m_form->Documento_CopiaTestata();
-        const QStringList typed = onScreen();
+        const QStringList typed = screenWhenSaving();
         m_host->reported.clear();
         for (int n = 1; n <= 200; ++n) {
             SCOPED_TRACE(QStringLiteral("statement %1").arg(n).toStdString());
@@ -182,11 +187,31 @@ protected:
         FAIL() << "the write never completed";
     }
 
+    // Saving the order on screen while the database cannot take it: the operator is told why in plain
+    // words, nothing is written, the order stays on screen and saves once the cause is gone.
+    void refusedUntilMended(const char* why, const std::function<void(bool)>& cause)
+    {
+        const QStringList stored = storedRows();
+        const QStringList typed = screenWhenSaving();
+        cause(true);
+        const Attempt refused = attempt(Command::Save, 0);
+        EXPECT_FALSE(refused.completed);
+        ASSERT_EQ(refused.errors.size(), 1);
+        EXPECT_TRUE(refused.errors[0].contains(QString::fromUtf8(why))) << refused.errors[0].toStdString();
+        const QStringList rows = storedRows();
+        EXPECT_TRUE(rows == stored) << changes(stored, rows);
+        const QStringList screen = onScreen();
+        EXPECT_TRUE(screen == typed) << changes(typed, screen);
+        cause(false);
+        EXPECT_TRUE(attempt(Command::Save, 0).completed);
+        EXPECT_EQ(count("select count(*) from movimenti where numero='8'"), 3);
+    }
+
     // The order saved, collected, and shown again ready to be changed.
     void collectedOrderOnScreen()
     {
         typeOrder();
-        ASSERT_EQ(attempt(Command::Save, 1000).completed, true);
+        ASSERT_TRUE(attempt(Command::Save, 0).completed);
         db().executeBound(QStringLiteral("update movimenti set StatoRiga='RITIRATO' where numero='8'"));
         ASSERT_TRUE(m_form->Flex_CaricaDocumento(m_form->order().orderKey()));
         ASSERT_EQ(m_form->StatoCommissione(), "RITIRATO");
@@ -225,6 +250,31 @@ TEST_P(SaveSafetyTest, AFailureAtAnyStatementOfDeletingAnOrderLeavesEverythingAs
     EXPECT_EQ(count("select count(*) from movimenti where numero='8'"), 0);
 }
 
+TEST_P(SaveSafetyTest, SavingIntoADatabaseThatCannotBeWrittenSaysSoAndKeepsTheOrder)
+{
+    typeOrder();
+    refusedUntilMended("Il database è in sola lettura", [this](bool on) { test::setReadOnly(db(), on); });
+}
+
 XV_INSTANTIATE_FOR_ENGINES(SaveSafetyTest);
+
+// The disk filling up is made by capping the SQLite file at the pages it has.
+class FullDiskSaveTest : public SaveSafetyTest
+{
+};
+
+TEST_P(FullDiskSaveTest, SavingOntoAFullDiskSaysSoAndKeepsTheOrder)
+{
+    typeOrder();
+    // References long enough that the order's rows cannot fit in the room the file's pages have left.
+    field("txt_Riferimenti")->setText(QString(3000, u'R'));
+    db().executeBound("VACUUM");
+    const int pages = count("PRAGMA page_count");
+    refusedUntilMended("Il disco del database è pieno", [this, pages](bool on) {
+        db().executeBound(QStringLiteral("PRAGMA max_page_count = %1").arg(on ? pages : 2147483646));
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(SQLite, FullDiskSaveTest, ::testing::Values(data::Engine::SQLite), test::engineName);
 
 } // namespace
