@@ -8,7 +8,10 @@
 #include "host/Dialogs.h"
 #include "lines/FlexGrid.h"
 #include "lines/GridColumns.h"
+#include "orders/OrderSearch.h"
 
+#include <QApplication>
+#include <QClipboard>
 #include <QSqlQuery>
 #include <QSqlRecord>
 
@@ -47,9 +50,7 @@ protected:
     // A new order of three lines, its header filled so that every check passes.
     frm_Commissioni& typeOrder()
     {
-        addArticle("BOM001", "Bomboniera in porcellana", 800000, 100, 90);
-        addArticle("CNF002", "Confetti alla mandorla", 150000, 50, 40);
-        addArticle("SCT003", "Scatolina in latta", 20000, 20, 20);
+        addArticles();
         frm_Commissioni& form = startOrder();
         field("txt_telefono")->setText("0831 123456");
         field("txt_tipoEvento")->setText("Matrimonio");
@@ -60,6 +61,13 @@ protected:
         field("txt_Acconto")->setText("10");
         field("txt_frase")->setText("Con affetto");
         return form;
+    }
+
+    void addArticles()
+    {
+        addArticle("BOM001", "Bomboniera in porcellana", 800000, 100, 90);
+        addArticle("CNF002", "Confetti alla mandorla", 150000, 50, 40);
+        addArticle("SCT003", "Scatolina in latta", 20000, 20, 20);
     }
 
     // Every row of the tables a write touches, every column, in key order.
@@ -256,7 +264,111 @@ TEST_P(SaveSafetyTest, SavingIntoADatabaseThatCannotBeWrittenSaysSoAndKeepsTheOr
     refusedUntilMended("Il database è in sola lettura", [this](bool on) { test::setReadOnly(db(), on); });
 }
 
+// Text an operator may paste from anywhere, which the database must keep exactly as it stands.
+QString controlCharacters()
+{
+    QString text = QStringLiteral("a\tb\rc\nd");
+    for (char16_t c = 1; c < 0x20; ++c)
+        text += QChar(c);
+    return text + QChar(0x7F) + QChar(0x85) + QChar(0x2028) + QStringLiteral("fine");
+}
+
+const std::pair<const char*, QString> kHostileTexts[] = {
+    {"quotes", QStringLiteral("L'Aquila \"da Mario\" `x` '' fine'")},
+    {"SQL", QStringLiteral("'; drop table movimenti; --")},
+    {"a backslash before a quote", QStringLiteral("C:\\dati\\' or '1'='1 \\")},
+    {"10,000 characters", QStringLiteral("Bomboniere è ").repeated(800).left(10000)},
+    {"control characters", controlCharacters()},
+    {"emoji and other planes", QStringLiteral("Auguri 🎉💍 𝄞 𠀋 ñandú [now] #1/1/2026# & 100% _x_ !")},
+};
+
+// The header fields whose text an order keeps.
+const char* const kKeptFields[] = {"txt_ragsoc",     "txt_telefono",       "txt_cellulare",  "txt_email",
+                                   "txt_tipoEvento", "txt_soggettiEvento", "txt_Riferimenti"};
+
+class HostileTextTest : public SaveSafetyTest
+{
+protected:
+    // Pastes the text into the field as the operator does, and moves on to the next field.
+    void paste(const char* name, const QString& text, bool moveOn = true)
+    {
+        QLineEdit* box = field(name);
+        box->setFocus(Qt::TabFocusReason);
+        box->selectAll();
+        QApplication::clipboard()->setText(text);
+        box->paste();
+        if (moveOn)
+            field("txt_codice")->setFocus(Qt::TabFocusReason);
+    }
+
+    // A new order of two lines with the text in every field the operator can type into.
+    void typeOrderWith(const QString& text)
+    {
+        if (m_form->ModeTag2() != QLatin1String("S"))
+            m_form->tbComandiDocumento_ButtonClick(documentButton(1));
+        for (const char* name : kKeptFields)
+            paste(name, text);
+        paste("txt_frase", text);
+        paste("txt_note", text);
+        field("txt_dataEvento")->setText("20/06/2027");
+        m_form->AbilitaRighe();
+        for (const char* code : {"BOM001", "CNF002"}) {
+            fillLine(code, "1");
+            paste("txt_descrizione", text);
+            m_form->tbComandiRighe_ButtonClick(linesButton(1));
+        }
+    }
+
+    QStringList storedTexts(const QString& numero)
+    {
+        QStringList texts;
+        QSqlQuery q =
+            db().executeBound(QStringLiteral("select Nominativo, telefono, Cellulare, Email, attrib04, "
+                                             "attrib06, riferimenti, Descrizione1 from movimenti "
+                                             "where numero=? order by rowid"),
+                              {numero});
+        while (q.next()) {
+            for (int i = 0; i < 8; ++i)
+                texts << q.value(i).toString();
+        }
+        return texts;
+    }
+};
+
+TEST_P(HostileTextTest, TextOfAnyKindIsSavedAndReadBackAsTyped)
+{
+    addArticles();
+    openNewOrder(7);
+    activate();
+    for (const auto& [what, text] : kHostileTexts) {
+        SCOPED_TRACE(what);
+        typeOrderWith(text);
+        ASSERT_EQ(m_form->LineCount(), 2);
+        const QString numero = m_form->order().numero;
+        const Attempt saved = attempt(Command::Save, 0);
+        ASSERT_TRUE(saved.completed) << saved.errors.join(QLatin1Char('\n')).toStdString();
+        EXPECT_EQ(storedTexts(numero), QStringList(16, text));
+        for (const char* name : kKeptFields)
+            EXPECT_EQ(field(name)->text(), text) << name;
+        EXPECT_EQ(column(lines::Col_Descrizione1), QStringList(2, text));
+        EXPECT_EQ(count("select count(*) from movimenti where numero='" + numero + "'"), 2);
+
+        // The search window finds the order by its customer's name.
+        QStringList found;
+        for (data::Recordset rs = m_host->OpenRecordset(orders::orderSearchSql(text, 50)); !rs.eof();
+             rs.moveNext())
+            found << rs.text("numero");
+        EXPECT_EQ(found, QStringList{numero});
+        // Looked up as an order number, the text names no order: the form is cleared and nothing is said.
+        paste("txt_numeroCommissione", text, false);
+        QTest::keyClick(field("txt_numeroCommissione"), Qt::Key_Return);
+        EXPECT_EQ(m_form->LineCount(), 0);
+        EXPECT_EQ(m_host->reported, QStringList());
+    }
+}
+
 XV_INSTANTIATE_FOR_ENGINES(SaveSafetyTest);
+XV_INSTANTIATE_FOR_ENGINES(HostileTextTest);
 
 // The disk filling up is made by capping the SQLite file at the pages it has.
 class FullDiskSaveTest : public SaveSafetyTest
