@@ -216,6 +216,8 @@ private:
     orders::GridRows gridRows() const;
     void putGridLines(const QVector<QStringList>& lines, std::initializer_list<int> columns);
     void printAfterSaving();
+    // False, with the field named and the focus on it, when a text of the order could not be kept as typed.
+    bool textsCanBeSaved();
 
     const std::unique_ptr<Ui::frm_Commissioni> m_ui;
     KeyedToolBar m_documentBar;

@@ -2,6 +2,7 @@
 // What the database and the operator's order are left with when saving goes wrong: a statement failing at
 // each point of a save, an update and a delete. Through the real form, offscreen, on both engines.
 #include "FormFixture.h"
+#include "ScriptedDialogs.h"
 
 #include "data/Database.h"
 #include "form/frm_Commissioni.h"
@@ -42,6 +43,7 @@ struct Attempt
     bool completed = false;  // the command's success message came
     bool faultFired = false; // the armed statement had been reached by then
     QStringList errors;      // the error boxes shown
+    QStringList warnings;    // any other message that stopped it
 };
 
 class SaveSafetyTest : public test::FormTest
@@ -130,6 +132,8 @@ protected:
                 a.completed = true;
                 a.faultFired = n > 0 && db().statementCount() - armedAt >= n;
                 db().failStatement(0);
+            } else if (box.icon == host::Icon::Exclamation || box.icon == host::Icon::Information) {
+                a.warnings << box.text;
             } else {
                 ADD_FAILURE() << "unexpected message box: " << box.text.toStdString();
             }
@@ -185,6 +189,7 @@ protected:
             const QStringList rows = storedRows();
             ASSERT_TRUE(rows == stored) << changes(stored, rows);
             ASSERT_EQ(a.errors.size(), 1);
+            EXPECT_EQ(a.warnings, QStringList());
             EXPECT_TRUE(a.errors[0].contains("Origine: xVELARIO.frm_Commissioni.SalvaAggiornaElimina"))
                 << a.errors[0].toStdString();
             EXPECT_TRUE(a.errors[0].contains("Errore provocato per prova")) << a.errors[0].toStdString();
@@ -365,6 +370,66 @@ TEST_P(HostileTextTest, TextOfAnyKindIsSavedAndReadBackAsTyped)
         EXPECT_EQ(m_form->LineCount(), 0);
         EXPECT_EQ(m_host->reported, QStringList());
     }
+}
+
+// No engine keeps a NUL as it stands: it is refused where it was typed, naming the place, before anything
+// is written; in a lookup it is passed over.
+TEST_P(HostileTextTest, ANulIsRefusedNamingItsFieldBeforeAnythingIsWritten)
+{
+    addArticles();
+    openNewOrder(7);
+    activate();
+    typeOrderWith(QStringLiteral("Rossi Maria"));
+    const QString withNul = QStringLiteral("Rossi") + QChar(u'\0') + QStringLiteral(" Maria");
+    const QStringList stored = storedRows();
+    ASSERT_TRUE(m_form->CheckPreSalvataggio());
+    const std::pair<const char*, const char*> captions[] = {
+        {"txt_ragsoc", "Cliente"},         {"txt_telefono", "Telefono"},
+        {"txt_cellulare", "Cellulare"},    {"txt_email", "E-mail"},
+        {"txt_tipoEvento", "Cerimonia"},   {"txt_soggettiEvento", "Festeggiati"},
+        {"txt_Riferimenti", "Riferimenti"}};
+    for (const auto& [name, caption] : captions) {
+        SCOPED_TRACE(name);
+        const QString before = text(name);
+        paste(name, withNul);
+        const QStringList screen = onScreen();
+        const Attempt refused = attempt(Command::Save, 0);
+        ASSERT_EQ(refused.warnings.size(), 1);
+        EXPECT_EQ(refused.warnings[0],
+                  QStringLiteral("Attenzione il campo '%1' contiene un carattere nullo (codice 0) "
+                                 "alla posizione 6, che non si può salvare: correggere il testo.")
+                      .arg(caption));
+        EXPECT_EQ(focusName(), name);
+        const QStringList rows = storedRows();
+        EXPECT_TRUE(rows == stored) << changes(stored, rows);
+        const QStringList after = onScreen();
+        EXPECT_TRUE(after == screen) << changes(screen, after);
+        paste(name, before);
+    }
+
+    // A line's description is refused as the line is added, and stays to be corrected.
+    fillLine("SCT003", "1");
+    paste("txt_descrizione", withNul);
+    {
+        test::ScriptedDialogs dialogs;
+        dialogs.expectMessage("La descrizione dell'articolo contiene un carattere nullo (codice 0)");
+        m_form->tbComandiRighe_ButtonClick(linesButton(1));
+    }
+    EXPECT_EQ(m_form->LineCount(), 2);
+    EXPECT_EQ(text("txt_descrizione"), withNul);
+
+    ASSERT_TRUE(attempt(Command::Save, 0).completed);
+    // Looking the order up with one in its number or its customer's name finds it as without it.
+    QStringList found;
+    for (data::Recordset rs = m_host->OpenRecordset(orders::orderSearchSql(withNul, 50)); !rs.eof();
+         rs.moveNext())
+        found << rs.text("numero");
+    EXPECT_EQ(found, QStringList{"8"});
+    paste("txt_numeroCommissione", QStringLiteral("8") + QChar(u'\0'), false);
+    QTest::keyClick(field("txt_numeroCommissione"), Qt::Key_Return);
+    EXPECT_EQ(m_form->order().numero, "8");
+    EXPECT_EQ(m_form->LineCount(), 2);
+    EXPECT_EQ(m_host->reported, QStringList());
 }
 
 XV_INSTANTIATE_FOR_ENGINES(SaveSafetyTest);
