@@ -237,6 +237,16 @@ bool frm_Commissioni::SalvaAggiornaElimina(const QString& mode)
     }
 }
 
+// Saving from the toolbar or with F3 leaves the focus where it was, so the field typed in last has not
+// been left: a customer's name would be saved as it was before, a date would go unread.
+bool frm_Commissioni::finishHeaderField()
+{
+    QLineEdit* box = m_fieldWithFocus;
+    const bool header = box == m_ui->txt_ragsoc || box == m_ui->txt_dataReg || box == m_ui->txt_dataEvento ||
+                        box == m_ui->txt_dataRitiro1 || box == m_ui->txt_dataRitiro2;
+    return !header || !box->isModified() || TextBox_LostFocus(box);
+}
+
 bool frm_Commissioni::textsCanBeSaved()
 {
     QVector<orders::FieldText> header;
@@ -271,7 +281,7 @@ bool frm_Commissioni::Documento_Salva()
 {
     host::IHost& h = host::host();
     try {
-        if (!CheckPreSalvataggio() || !textsCanBeSaved())
+        if (!finishHeaderField() || !CheckPreSalvataggio() || !textsCanBeSaved())
             return false;
         const bool isNew = m_order.key == 0;
         const QString question = (isNew ? QStringLiteral("Salvare") : QStringLiteral("Aggiornare")) +

@@ -432,6 +432,22 @@ TEST_P(HostileTextTest, ANulIsRefusedNamingItsFieldBeforeAnythingIsWritten)
     EXPECT_EQ(m_host->reported, QStringList());
 }
 
+// The toolbar's button takes no focus: the field typed in last is still being typed in when saving starts.
+TEST_P(HostileTextTest, ACustomersNameTypedLastIsTheOneSaved)
+{
+    addArticles();
+    openNewOrder(7);
+    activate();
+    typeOrderWith(QStringLiteral("Rossi Maria"));
+    ASSERT_TRUE(attempt(Command::Save, 0).completed);
+    m_form->tbComandiDocumento_ButtonClick(documentButton(2));
+    field("txt_frase")->setText("Con affetto");
+    type("txt_ragsoc", kHostileTexts[1].second);
+    ASSERT_TRUE(attempt(Command::Save, 0).completed);
+    EXPECT_EQ(text("txt_ragsoc"), kHostileTexts[1].second);
+    EXPECT_EQ(storedTexts("8").first(), kHostileTexts[1].second);
+}
+
 XV_INSTANTIATE_FOR_ENGINES(SaveSafetyTest);
 XV_INSTANTIATE_FOR_ENGINES(HostileTextTest);
 
