@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What the database and the operator's order are left with when saving goes wrong: a statement failing at
-// each point of a save, an update and a delete. Through the real form, offscreen, on both engines.
+// each point of a save, an update and a delete, a database that cannot be written or has no room left, and
+// text of any kind in every field. Through the real form, offscreen, on both engines.
 #include "FormFixture.h"
 #include "ScriptedDialogs.h"
 
@@ -21,7 +22,6 @@
 namespace {
 
 using namespace xv;
-using form::frm_Commissioni;
 
 enum class Command { Save, Update, Delete };
 
@@ -50,10 +50,10 @@ class SaveSafetyTest : public test::FormTest
 {
 protected:
     // A new order of three lines, its header filled so that every check passes.
-    frm_Commissioni& typeOrder()
+    void typeOrder()
     {
         addArticles();
-        frm_Commissioni& form = startOrder();
+        startOrder();
         field("txt_telefono")->setText("0831 123456");
         field("txt_tipoEvento")->setText("Matrimonio");
         field("txt_dataRitiro")->setText("20/06/2027");
@@ -62,7 +62,6 @@ protected:
         addLine("SCT003", "3");
         field("txt_Acconto")->setText("10");
         field("txt_frase")->setText("Con affetto");
-        return form;
     }
 
     void addArticles()
@@ -287,9 +286,11 @@ const std::pair<const char*, QString> kHostileTexts[] = {
     {"emoji and other planes", QStringLiteral("Auguri 🎉💍 𝄞 𠀋 ñandú [now] #1/1/2026# & 100% _x_ !")},
 };
 
-// The header fields whose text an order keeps.
-const char* const kKeptFields[] = {"txt_ragsoc",     "txt_telefono",       "txt_cellulare",  "txt_email",
-                                   "txt_tipoEvento", "txt_soggettiEvento", "txt_Riferimenti"};
+// The header fields whose text an order keeps, with the caption the operator reads beside each.
+const std::pair<const char*, const char*> kKeptFields[] = {
+    {"txt_ragsoc", "Cliente"},         {"txt_telefono", "Telefono"},    {"txt_cellulare", "Cellulare"},
+    {"txt_email", "E-mail"},           {"txt_tipoEvento", "Cerimonia"}, {"txt_soggettiEvento", "Festeggiati"},
+    {"txt_Riferimenti", "Riferimenti"}};
 
 class HostileTextTest : public SaveSafetyTest
 {
@@ -311,8 +312,8 @@ protected:
     {
         if (m_form->ModeTag2() != QLatin1String("S"))
             m_form->tbComandiDocumento_ButtonClick(documentButton(1));
-        for (const char* name : kKeptFields)
-            paste(name, text);
+        for (const auto& kept : kKeptFields)
+            paste(kept.first, text);
         paste("txt_frase", text);
         paste("txt_note", text);
         field("txt_dataEvento")->setText("20/06/2027");
@@ -322,6 +323,16 @@ protected:
             paste("txt_descrizione", text);
             m_form->tbComandiRighe_ButtonClick(linesButton(1));
         }
+    }
+
+    // The numbers of the orders the search window lists for a filter text.
+    QStringList searchFinds(const QString& text)
+    {
+        QStringList found;
+        for (data::Recordset rs = m_host->OpenRecordset(orders::orderSearchSql(text, 50)); !rs.eof();
+             rs.moveNext())
+            found << rs.text("numero");
+        return found;
     }
 
     QStringList storedTexts(const QString& numero)
@@ -353,17 +364,13 @@ TEST_P(HostileTextTest, TextOfAnyKindIsSavedAndReadBackAsTyped)
         const Attempt saved = attempt(Command::Save, 0);
         ASSERT_TRUE(saved.completed) << saved.errors.join(QLatin1Char('\n')).toStdString();
         EXPECT_EQ(storedTexts(numero), QStringList(16, text));
-        for (const char* name : kKeptFields)
-            EXPECT_EQ(field(name)->text(), text) << name;
+        for (const auto& kept : kKeptFields)
+            EXPECT_EQ(field(kept.first)->text(), text) << kept.first;
         EXPECT_EQ(column(lines::Col_Descrizione1), QStringList(2, text));
         EXPECT_EQ(count("select count(*) from movimenti where numero='" + numero + "'"), 2);
 
         // The search window finds the order by its customer's name.
-        QStringList found;
-        for (data::Recordset rs = m_host->OpenRecordset(orders::orderSearchSql(text, 50)); !rs.eof();
-             rs.moveNext())
-            found << rs.text("numero");
-        EXPECT_EQ(found, QStringList{numero});
+        EXPECT_EQ(searchFinds(text), QStringList{numero});
         // Looked up as an order number, the text names no order: the form is cleared and nothing is said.
         paste("txt_numeroCommissione", text, false);
         QTest::keyClick(field("txt_numeroCommissione"), Qt::Key_Return);
@@ -383,12 +390,7 @@ TEST_P(HostileTextTest, ANulIsRefusedNamingItsFieldBeforeAnythingIsWritten)
     const QString withNul = QStringLiteral("Rossi") + QChar(u'\0') + QStringLiteral(" Maria");
     const QStringList stored = storedRows();
     ASSERT_TRUE(m_form->CheckPreSalvataggio());
-    const std::pair<const char*, const char*> captions[] = {
-        {"txt_ragsoc", "Cliente"},         {"txt_telefono", "Telefono"},
-        {"txt_cellulare", "Cellulare"},    {"txt_email", "E-mail"},
-        {"txt_tipoEvento", "Cerimonia"},   {"txt_soggettiEvento", "Festeggiati"},
-        {"txt_Riferimenti", "Riferimenti"}};
-    for (const auto& [name, caption] : captions) {
+    for (const auto& [name, caption] : kKeptFields) {
         SCOPED_TRACE(name);
         const QString before = text(name);
         paste(name, withNul);
@@ -420,11 +422,7 @@ TEST_P(HostileTextTest, ANulIsRefusedNamingItsFieldBeforeAnythingIsWritten)
 
     ASSERT_TRUE(attempt(Command::Save, 0).completed);
     // Looking the order up with one in its number or its customer's name finds it as without it.
-    QStringList found;
-    for (data::Recordset rs = m_host->OpenRecordset(orders::orderSearchSql(withNul, 50)); !rs.eof();
-         rs.moveNext())
-        found << rs.text("numero");
-    EXPECT_EQ(found, QStringList{"8"});
+    EXPECT_EQ(searchFinds(withNul), QStringList{"8"});
     paste("txt_numeroCommissione", QStringLiteral("8") + QChar(u'\0'), false);
     QTest::keyClick(field("txt_numeroCommissione"), Qt::Key_Return);
     EXPECT_EQ(m_form->order().numero, "8");
