@@ -33,25 +33,6 @@ QString nextConnectionName()
     return QStringLiteral("xv-%1").arg(counter.fetchAndAddRelaxed(1));
 }
 
-// What stops every write, put so that the operator knows what to do about it: a database that cannot be
-// written (a file on a read-only share or with the wrong permissions, a server that takes only reads) or a
-// disk with no room left. Empty for any other error. SQLite gives its result code as a number, whose low
-// byte is the primary code also when the code is an extended one; PostgreSQL its five-character SQLSTATE.
-QString writeRefusal(const QSqlError& error)
-{
-    const QString code = error.nativeErrorCode();
-    bool number = false;
-    const int sqlite = code.size() < 5 ? code.toInt(&number) & 0xFF : -1;
-    if ((number && sqlite == SQLITE_READONLY) || code == QLatin1String("25006"))
-        return QStringLiteral("Il database è in sola lettura: impossibile registrare le modifiche. "
-                              "Controllare che il file del database e la sua cartella, o la cartella "
-                              "condivisa, si possano scrivere e riprovare.");
-    if ((number && sqlite == SQLITE_FULL) || code == QLatin1String("53100"))
-        return QStringLiteral("Il disco del database è pieno: impossibile registrare le modifiche. Liberare "
-                              "spazio sul disco del database e riprovare.");
-    return {};
-}
-
 [[noreturn]] void fail(const QSqlError& error, const QString& statement)
 {
     QString text = error.text().trimmed();
@@ -77,6 +58,27 @@ QString conformingStringsOption()
 }
 
 } // namespace
+
+QString writeRefusal(const QSqlError& error)
+{
+    // SQLite gives its result code as a number, whose low byte is the primary code also for an extended
+    // one; PostgreSQL its five-character SQLSTATE. The SQLite driver drops the code of a failed commit,
+    // where a full disk shows when the changes are written out: then the engine's own words tell.
+    const QString code = error.nativeErrorCode();
+    const QString said = error.databaseText();
+    bool number = false;
+    const int sqlite = code.size() < 5 ? code.toInt(&number) & 0xFF : -1;
+    if ((number && sqlite == SQLITE_READONLY) || code == QLatin1String("25006") ||
+        (code.isEmpty() && said.contains(QLatin1String("attempt to write a readonly database"))))
+        return QStringLiteral("Il database è in sola lettura: impossibile registrare le modifiche. "
+                              "Controllare che il file del database e la sua cartella, o la cartella "
+                              "condivisa, si possano scrivere e riprovare.");
+    if ((number && sqlite == SQLITE_FULL) || code == QLatin1String("53100") ||
+        (code.isEmpty() && said.contains(QLatin1String("database or disk is full"))))
+        return QStringLiteral("Il disco del database è pieno: impossibile registrare le modifiche. Liberare "
+                              "spazio sul disco del database e riprovare.");
+    return {};
+}
 
 ConnectionConfig ConnectionConfig::fromText(const QString& text)
 {
