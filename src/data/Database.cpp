@@ -14,6 +14,8 @@
 #include <QSqlError>
 #include <QTimeZone>
 
+#include <sqlite3.h>
+
 #include <cstdlib>
 
 Q_LOGGING_CATEGORY(lcDb, "xv.host.db")
@@ -33,7 +35,9 @@ QString nextConnectionName()
 
 [[noreturn]] void fail(const QSqlError& error, const QString& statement)
 {
-    const QString text = error.text().trimmed();
+    QString text = error.text().trimmed();
+    if (const QString refusal = writeRefusal(error); !refusal.isEmpty())
+        text = refusal + QLatin1Char('\n') + text;
     throw RuntimeError(ErrorNumber::DatabaseError,
                        statement.isEmpty() ? text : QStringLiteral("%1\n[%2]").arg(text, statement));
 }
@@ -54,6 +58,27 @@ QString conformingStringsOption()
 }
 
 } // namespace
+
+QString writeRefusal(const QSqlError& error)
+{
+    // SQLite gives its result code as a number, whose low byte is the primary code also for an extended
+    // one; PostgreSQL its five-character SQLSTATE. The SQLite driver drops the code of a failed commit,
+    // where a full disk shows when the changes are written out: then the engine's own words tell.
+    const QString code = error.nativeErrorCode();
+    const QString said = error.databaseText();
+    bool number = false;
+    const int sqlite = code.size() < 5 ? code.toInt(&number) & 0xFF : -1;
+    if ((number && sqlite == SQLITE_READONLY) || code == QLatin1String("25006") ||
+        (code.isEmpty() && said.contains(QLatin1String("attempt to write a readonly database"))))
+        return QStringLiteral("Il database è in sola lettura: impossibile registrare le modifiche. "
+                              "Controllare che il file del database e la sua cartella, o la cartella "
+                              "condivisa, si possano scrivere e riprovare.");
+    if ((number && sqlite == SQLITE_FULL) || code == QLatin1String("53100") ||
+        (code.isEmpty() && said.contains(QLatin1String("database or disk is full"))))
+        return QStringLiteral("Il disco del database è pieno: impossibile registrare le modifiche. Liberare "
+                              "spazio sul disco del database e riprovare.");
+    return {};
+}
 
 ConnectionConfig ConnectionConfig::fromText(const QString& text)
 {

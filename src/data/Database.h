@@ -4,6 +4,7 @@
 #include "data/SqlDialect.h"
 
 #include <QSqlDatabase>
+#include <QSqlError>
 #include <QSqlQuery>
 #include <QString>
 #include <QVariant>
@@ -26,6 +27,11 @@ struct ConnectionConfig
     static ConnectionConfig fromText(const QString& text);
     QString describe() const;
 };
+
+// What stops every write, in words the operator can act on: a database that cannot be written (a file on
+// a read-only share or with the wrong permissions, a server that takes only reads) or a disk with no room
+// left. Empty for any other error. An error the connection raises starts with it when there is one.
+QString writeRefusal(const QSqlError& error);
 
 // The one open connection of the program, in the suite's SQL dialect: every text passes through the
 // dialect rewrite before it reaches the engine.

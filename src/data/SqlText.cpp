@@ -7,6 +7,9 @@ QString sqlEscape(const QString& value)
 {
     QString escaped = value;
     escaped.replace(QLatin1Char('\''), QLatin1String("''"));
+    // A NUL ends the statement there on both engines, and no stored text holds one (saving refuses it):
+    // left out, a lookup with one finds what it would without it instead of failing.
+    escaped.remove(QChar(u'\0'));
     return escaped;
 }
 

@@ -216,6 +216,10 @@ private:
     orders::GridRows gridRows() const;
     void putGridLines(const QVector<QStringList>& lines, std::initializer_list<int> columns);
     void printAfterSaving();
+    // False, with the field named and the focus on it, when a text of the order could not be kept as typed.
+    bool textsCanBeSaved();
+    // A header field typed in and not yet left, as leaving it would take it; false when it refused.
+    bool finishHeaderField();
 
     const std::unique_ptr<Ui::frm_Commissioni> m_ui;
     KeyedToolBar m_documentBar;

@@ -7,6 +7,7 @@
 #include "common/Conversions.h"
 #include "common/Dates.h"
 #include "common/RuntimeError.h"
+#include "common/StoredText.h"
 #include "host/Dialogs.h"
 #include "host/Services.h"
 #include "lines/Components.h"
@@ -68,6 +69,10 @@ void frm_Commissioni::CheckPreInserimentoRiga(bool& allowed)
         return refuse(QStringLiteral("La quantità dell'articolo è obbligatoria!!"), m_ui->txt_qta);
     if (m_ui->txt_descrizione->text().isEmpty())
         return refuse(QStringLiteral("La descrizione dell'articolo è obbligatoria!!"), m_ui->txt_descrizione);
+    // Caught here, the line is never written with it and the operator corrects it where it was typed.
+    if (const QString why = common::unstorableText(m_ui->txt_descrizione->text()); !why.isEmpty())
+        return refuse(QStringLiteral("La descrizione dell'articolo ") + why + QLatin1Char('!'),
+                      m_ui->txt_descrizione);
     if (m_ui->txt_dataRitiro->text().isEmpty())
         return refuse(QStringLiteral("La data del ritiro dell'articolo è obbligatoria!!"),
                       m_ui->txt_dataRitiro);

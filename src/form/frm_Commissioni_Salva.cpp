@@ -13,6 +13,7 @@
 #include "lines/FlexGrid.h"
 #include "lines/GridColumns.h"
 #include "orders/SaveChecks.h"
+#include "orders/TextChecks.h"
 
 #include <QCheckBox>
 #include <QLabel>
@@ -236,6 +237,37 @@ bool frm_Commissioni::SalvaAggiornaElimina(const QString& mode)
     }
 }
 
+// Saving from the toolbar or with F3 leaves the focus where it was, so the field typed in last has not
+// been left: a customer's name would be saved as it was before, a date would go unread.
+bool frm_Commissioni::finishHeaderField()
+{
+    QLineEdit* box = m_fieldWithFocus;
+    const bool header = box == m_ui->txt_ragsoc || box == m_ui->txt_dataReg || box == m_ui->txt_dataEvento ||
+                        box == m_ui->txt_dataRitiro1 || box == m_ui->txt_dataRitiro2;
+    return !header || !box->isModified() || TextBox_LostFocus(box);
+}
+
+bool frm_Commissioni::textsCanBeSaved()
+{
+    QVector<orders::FieldText> header;
+    for (QLineEdit* box : {m_ui->txt_ragsoc, m_ui->txt_telefono, m_ui->txt_cellulare, m_ui->txt_email,
+                           m_ui->txt_tipoEvento, m_ui->txt_soggettiEvento, m_ui->txt_Riferimenti}) {
+        // The field is named by the caption the operator reads beside it.
+        const QLabel* label = findChild<QLabel*>(QStringLiteral("lbl_") + box->objectName().mid(4));
+        const QString caption = label ? label->text().remove(QLatin1Char('&')) : box->objectName();
+        header.push_back({caption, box->objectName(), box->text()});
+    }
+    const std::optional<orders::TextRefusal> refusal = orders::refusedText(header, gridRows());
+    if (!refusal)
+        return true;
+    host::Dialogs::message(refusal->message, host::Buttons::Ok, host::Icon::Exclamation,
+                           host::host().GetAppTitle());
+    QWidget* target = refusal->focus.isEmpty() ? nullptr : findChild<QWidget*>(refusal->focus);
+    if (target && target->isVisible() && target->isEnabled())
+        target->setFocus(Qt::OtherFocusReason);
+    return false;
+}
+
 void frm_Commissioni::printAfterSaving()
 {
     // The control slips print with the printing of the orders; until then the operator is told plainly
@@ -249,7 +281,7 @@ bool frm_Commissioni::Documento_Salva()
 {
     host::IHost& h = host::host();
     try {
-        if (!CheckPreSalvataggio())
+        if (!finishHeaderField() || !CheckPreSalvataggio() || !textsCanBeSaved())
             return false;
         const bool isNew = m_order.key == 0;
         const QString question = (isNew ? QStringLiteral("Salvare") : QStringLiteral("Aggiornare")) +

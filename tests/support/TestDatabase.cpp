@@ -2,12 +2,15 @@
 #include "TestDatabase.h"
 
 #include "data/Schema.h"
+#include "data/SqlDialect.h"
 
 #include <QFile>
 #include <QRandomGenerator>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
+
+#include <stdexcept>
 
 namespace xv::test {
 
@@ -40,6 +43,23 @@ QString adminExec(const QString& base, const QString& statement)
 }
 
 } // namespace
+
+void setReadOnly(data::Database& db, bool readOnly)
+{
+    if (db.engine() == data::Engine::PostgreSQL) {
+        db.executeBound(QStringLiteral("set default_transaction_read_only = %1")
+                            .arg(readOnly ? QLatin1String("on") : QLatin1String("off")));
+        return;
+    }
+    QSqlDatabase handle = db.handle();
+    handle.close();
+    handle.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=5000") +
+                             (readOnly ? QStringLiteral(";QSQLITE_OPEN_READONLY") : QString()));
+    if (!handle.open())
+        throw std::runtime_error(handle.lastError().text().toStdString());
+    data::registerSqliteFunctions(handle);
+    QSqlQuery(handle).exec(QStringLiteral("PRAGMA foreign_keys=ON"));
+}
 
 QString logOf(const host::Host& h)
 {

@@ -47,6 +47,11 @@ private:
 // PostgreSQL must be there when the test script started it or in CI; elsewhere its tests are skipped.
 bool postgresRequired();
 
+// The database as a shop meets it when it cannot be written: the SQLite file opened again read-only, as
+// SQLite opens a file on a read-only share or without write permission (which would not stop a test run as
+// root); a PostgreSQL session that takes only reads, as on a standby server. False puts it back.
+void setReadOnly(data::Database& db, bool readOnly);
+
 // Everything the host has written to its log so far.
 QString logOf(const host::Host& h);
 
