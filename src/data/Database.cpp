@@ -375,11 +375,20 @@ QVariant Database::storedAmount(const QVariant& value, const QString& column) co
                            .arg(value.toString(), column));
 }
 
-// --- A connection the server has closed ---
+// --- The outermost transaction, and a connection the server has closed ---
 
 void Database::beginOutermost()
 {
     reopenIfLost(QStringLiteral("BEGIN"));
+    if (m_config.engine == Engine::SQLite) {
+        // A deferred transaction that reads before it writes may be refused its first write at once, busy
+        // timeout or not, when another workstation wrote to the file in between. Taking the write lock at
+        // the start makes it wait for the other workstation instead.
+        QSqlQuery query(handle());
+        if (!query.exec(QStringLiteral("BEGIN IMMEDIATE")))
+            failOn(query.lastError(), QStringLiteral("BEGIN IMMEDIATE"));
+        return;
+    }
     if (!handle().transaction())
         failOn(handle().lastError(), QStringLiteral("BEGIN"));
 }
