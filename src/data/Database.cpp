@@ -409,7 +409,9 @@ bool Database::serverClosedConnection() const
         (qstrcmp(native.typeName(), "pg_conn*") != 0 && qstrcmp(native.typeName(), "PGconn*") != 0))
         return false;
     PGconn* connection = *static_cast<PGconn* const*>(native.constData());
-    if (!connection || PQstatus(connection) == CONNECTION_BAD)
+    if (!connection)
+        return false; // closed by the program, not by the server: it stays closed
+    if (PQstatus(connection) == CONNECTION_BAD)
         return true;
     // An idle session is sent nothing unasked but a notice or the server's goodbye before it closes.
     // Reading what is there lets a closed connection show now, before a statement is sent down it.
