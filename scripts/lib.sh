@@ -2,7 +2,7 @@
 # Shared by scripts/run and scripts/test: installs what is missing from Debian's packages.
 
 XV_BUILD_PACKAGES=(build-essential cmake ninja-build pkg-config qt6-base-dev qt6-base-dev-tools
-    libqt6sql6-sqlite libqt6sql6-psql libsqlite3-dev libcurl4-openssl-dev)
+    libqt6sql6-sqlite libqt6sql6-psql libsqlite3-dev libpq-dev libcurl4-openssl-dev)
 XV_TEST_PACKAGES=(libgtest-dev libgmock-dev libbenchmark-dev postgresql locales)
 
 xv_as_root() {

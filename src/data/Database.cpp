@@ -10,10 +10,13 @@
 #include <QDateTime>
 #include <QLoggingCategory>
 #include <QRegularExpression>
+#include <QScopedValueRollback>
 #include <QSqlDriver>
 #include <QSqlError>
 #include <QTimeZone>
 
+#include <libpq-fe.h>
+#include <poll.h>
 #include <sqlite3.h>
 
 #include <cstdlib>
@@ -161,18 +164,23 @@ Database::Database(const ConnectionConfig& config) : m_config(config), m_connect
             ErrorNumber::DatabaseError,
             QStringLiteral("Impossibile aprire %1: %2").arg(config.describe(), error.text().trimmed()));
     }
-    if (config.engine == Engine::SQLite) {
-        registerSqliteFunctions(db);
+    setUpSession();
+    qCDebug(lcDb) << "opened" << config.describe();
+}
+
+void Database::setUpSession()
+{
+    if (m_config.engine == Engine::SQLite) {
+        registerSqliteFunctions(handle());
         executeBound(QStringLiteral("PRAGMA foreign_keys=ON"));
         executeBound(QStringLiteral("PRAGMA journal_mode=WAL"));
     } else {
-        if (!config.schema.isEmpty())
-            executeBound(QStringLiteral("SET search_path TO %1").arg(config.schema));
+        if (!m_config.schema.isEmpty())
+            executeBound(QStringLiteral("SET search_path TO %1").arg(m_config.schema));
         executeBound(QStringLiteral("SET datestyle TO 'ISO, DMY'"));
         executeBound(QStringLiteral("SET standard_conforming_strings = on"));
         setWorkstationTimeZone();
     }
-    qCDebug(lcDb) << "opened" << config.describe();
 }
 
 // The session reads the times of now() and of date-times handed over with a zone in the workstation's own
@@ -232,20 +240,21 @@ void Database::countStatement(const QString& statement)
 QSqlQuery Database::prepareAndRun(const QString& nativeSql, const QVariantList& values)
 {
     countStatement(nativeSql);
+    reopenIfLost(nativeSql);
     QSqlQuery query(handle());
     query.setForwardOnly(true);
     query.setNumericalPrecisionPolicy(QSql::HighPrecision);
     if (values.isEmpty()) {
         if (!query.exec(nativeSql))
-            fail(query.lastError(), nativeSql);
+            failOn(query.lastError(), nativeSql);
         return query;
     }
     if (!query.prepare(nativeSql))
-        fail(query.lastError(), nativeSql);
+        failOn(query.lastError(), nativeSql);
     for (const QVariant& value : values)
         query.addBindValue(value);
     if (!query.exec())
-        fail(query.lastError(), nativeSql);
+        failOn(query.lastError(), nativeSql);
     return query;
 }
 
@@ -274,8 +283,7 @@ QString Database::savepointName(int level)
 void Database::beginTransaction()
 {
     if (m_transactionDepth == 0) {
-        if (!handle().transaction())
-            fail(handle().lastError(), QStringLiteral("BEGIN"));
+        beginOutermost();
     } else {
         executeBound(QStringLiteral("SAVEPOINT ") + savepointName(m_transactionDepth));
     }
@@ -287,9 +295,10 @@ void Database::commit()
     if (m_transactionDepth == 0)
         throw RuntimeError(ErrorNumber::InvalidProcedureCall, QStringLiteral("Nessuna transazione aperta"));
     countStatement(QStringLiteral("COMMIT"));
+    reopenIfLost(QStringLiteral("COMMIT"));
     if (m_transactionDepth == 1) {
         if (!handle().commit())
-            fail(handle().lastError(), QStringLiteral("COMMIT"));
+            failOn(handle().lastError(), QStringLiteral("COMMIT"));
     } else {
         executeBound(QStringLiteral("RELEASE SAVEPOINT ") + savepointName(m_transactionDepth - 1));
     }
@@ -300,7 +309,7 @@ void Database::rollback()
 {
     if (m_transactionDepth == 0)
         return;
-    if (m_transactionDepth > 1) {
+    if (m_transactionDepth > 1 && !m_connectionLost) {
         const QString savepoint = savepointName(m_transactionDepth - 1);
         try {
             executeBound(QStringLiteral("ROLLBACK TO SAVEPOINT ") + savepoint);
@@ -313,9 +322,14 @@ void Database::rollback()
             qCWarning(lcDb) << "rollback to savepoint failed, rolling back everything:" << e.description();
         }
     }
+    if (m_connectionLost) {
+        // The server ended the transaction with the session; each level is left as its guard gives up.
+        --m_transactionDepth;
+        return;
+    }
     m_transactionDepth = 0;
     if (!handle().rollback())
-        fail(handle().lastError(), QStringLiteral("ROLLBACK"));
+        failOn(handle().lastError(), QStringLiteral("ROLLBACK"));
 }
 
 QVariant Database::toStorage(const QVariant& value, int typeCode, const QString& column) const
@@ -383,6 +397,105 @@ QVariant Database::storedAmount(const QVariant& value, const QString& column) co
     throw RuntimeError(ErrorNumber::TypeMismatch,
                        QStringLiteral("Tipo non corrispondente: '%1' non è un importo (campo %2)")
                            .arg(value.toString(), column));
+}
+
+// --- The outermost transaction, and a connection the server has closed ---
+
+void Database::beginOutermost()
+{
+    reopenIfLost(QStringLiteral("BEGIN"));
+    if (m_config.engine == Engine::SQLite) {
+        // A deferred transaction that reads before it writes may be refused its first write at once, busy
+        // timeout or not, when another workstation wrote to the file in between. Taking the write lock at
+        // the start makes it wait for the other workstation instead.
+        QSqlQuery query(handle());
+        if (!query.exec(QStringLiteral("BEGIN IMMEDIATE")))
+            failOn(query.lastError(), QStringLiteral("BEGIN IMMEDIATE"));
+        return;
+    }
+    if (!handle().transaction())
+        failOn(handle().lastError(), QStringLiteral("BEGIN"));
+}
+
+QString Database::unreachable(const QString& why) const
+{
+    return QStringLiteral("Impossibile raggiungere il database (%1): %2").arg(m_config.describe(), why);
+}
+
+bool Database::serverClosedConnection() const
+{
+    if (m_config.engine != Engine::PostgreSQL)
+        return false;
+    const QSqlDriver* driver = handle().driver();
+    const QVariant native = driver ? driver->handle() : QVariant();
+    // The driver names the handle by the structure's own tag.
+    if (!native.isValid() ||
+        (qstrcmp(native.typeName(), "pg_conn*") != 0 && qstrcmp(native.typeName(), "PGconn*") != 0))
+        return false;
+    PGconn* connection = *static_cast<PGconn* const*>(native.constData());
+    if (!connection)
+        return false; // closed by the program, not by the server: it stays closed
+    if (PQstatus(connection) == CONNECTION_BAD)
+        return true;
+    // An idle session is sent nothing unasked but a notice or the server's goodbye before it closes.
+    // Reading what is there lets a closed connection show now, before a statement is sent down it.
+    pollfd socket{PQsocket(connection), POLLIN, 0};
+    for (int read = 0; read < 8 && ::poll(&socket, 1, 0) > 0; ++read) {
+        if (!PQconsumeInput(connection))
+            break;
+    }
+    return PQstatus(connection) == CONNECTION_BAD;
+}
+
+void Database::reopenIfLost(const QString& statement)
+{
+    if (m_reopening)
+        return; // the session's own set-up: a failure there is the reopening's failure
+    if (!m_connectionLost) {
+        if (m_transactionDepth > 0 || !serverClosedConnection())
+            return;
+        m_connectionLost = true;
+    }
+    // What a lost transaction had written is gone with it: running its later statements on a new
+    // connection would save half of it.
+    if (m_transactionDepth > 0)
+        throw RuntimeError(ErrorNumber::DatabaseError,
+                           unreachable(QStringLiteral("il collegamento con il server si è interrotto durante "
+                                                      "l'operazione, che non è stata eseguita.\n[%1]")
+                                           .arg(statement)));
+    reopen();
+}
+
+void Database::reopen()
+{
+    const QScopedValueRollback reopening(m_reopening, true);
+    QSqlDatabase db = handle();
+    db.close();
+    if (!db.open())
+        throw RuntimeError(
+            ErrorNumber::DatabaseError,
+            unreachable(QStringLiteral("il server non risponde.\n%1").arg(db.lastError().text().trimmed())));
+    m_connectionLost = false;
+    try {
+        setUpSession();
+    } catch (...) {
+        // A session half set up would read dates or names the wrong way: it is opened again next time.
+        m_connectionLost = true;
+        throw;
+    }
+    qCInfo(lcDb) << "reopened" << m_config.describe();
+}
+
+void Database::failOn(const QSqlError& error, const QString& statement)
+{
+    if (serverClosedConnection()) {
+        m_connectionLost = true;
+        throw RuntimeError(
+            ErrorNumber::DatabaseError,
+            unreachable(QStringLiteral("il collegamento con il server si è interrotto.\n%1\n[%2]")
+                            .arg(error.text().trimmed(), statement)));
+    }
+    fail(error, statement);
 }
 
 Transaction::Transaction(Database& db) : m_db(db)

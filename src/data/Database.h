@@ -73,6 +73,9 @@ public:
 
 private:
     void countStatement(const QString& statement);
+    // What every session needs before its first statement: on PostgreSQL the search path, the date style,
+    // standard strings and the workstation's time zone; on SQLite our functions and pragmas.
+    void setUpSession();
     static QString savepointName(int level);
     void setWorkstationTimeZone();
     QVariant storedDate(const QVariant& value, const QString& column) const;
@@ -84,6 +87,18 @@ private:
     int m_transactionDepth = 0;
     qint64 m_statements = 0;
     qint64 m_failAt = 0;
+
+    // A server that restarts or stops ends the session. The connection is opened again, with its session
+    // set up as at the start, before the next transaction or statement outside one; a transaction that was
+    // open when it went is never carried on: its statements and its commit fail until it is rolled back.
+    void reopenIfLost(const QString& statement);
+    void reopen();
+    bool serverClosedConnection() const;
+    void beginOutermost();
+    [[noreturn]] void failOn(const QSqlError& error, const QString& statement);
+    QString unreachable(const QString& why) const;
+    bool m_connectionLost = false;
+    bool m_reopening = false;
 };
 
 // Rolls back unless commit() was called: an early return or an exception never leaves half a write.

@@ -19,6 +19,9 @@ QString tablesOf(const QString& path, QStringList& tables)
     const int opened = sqlite3_open_v2(path.toUtf8().constData(), &handle, SQLITE_OPEN_READONLY, nullptr);
     QString error;
     if (opened == SQLITE_OK) {
+        // Another workstation writing to the file, or opening it after a crash, holds it for a moment:
+        // waited for as the connection itself waits, rather than taken for a damaged file.
+        sqlite3_busy_timeout(handle, 5000);
         sqlite3_stmt* statement = nullptr;
         int rc = sqlite3_prepare_v2(handle,
                                     "select name from sqlite_master where type = 'table' "

@@ -9,11 +9,14 @@
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QTemporaryDir>
+#include <QThread>
 
 #include <gtest/gtest.h>
 
 #include <cctype>
 #include <functional>
+#include <future>
+#include <thread>
 
 namespace {
 
@@ -121,6 +124,39 @@ TEST(EmptyDatabaseFileTest, AnEmptyFileLeftByAFailedStartIsSetUpAsANewDatabase)
     host::Host h(options);
     ASSERT_TRUE(h.Initialize());
     EXPECT_EQ(h.OpenSchema(4, "movimenti").recordCount(), 61);
+}
+
+TEST(BusyDatabaseFileTest, AWorkstationStartingWhileAnotherHoldsTheFileWaitsInsteadOfCallingItDamaged)
+{
+    QTemporaryDir dir;
+    host::HostOptions options;
+    options.dataPath = dir.path();
+    options.connectionText = "sqlite:" + dir.path() + "/negozio.db";
+    options.fillDemoData = false;
+    {
+        host::Host first(options);
+        ASSERT_TRUE(first.Initialize());
+    }
+    // Another workstation holds the whole file for a moment, as one opening it after a crash does.
+    std::promise<void> held;
+    std::thread other([&] {
+        {
+            QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "altra-postazione");
+            db.setDatabaseName(dir.path() + "/negozio.db");
+            db.open();
+            QSqlQuery q(db);
+            q.exec("PRAGMA locking_mode=EXCLUSIVE");
+            q.exec("select count(*) from numeratori");
+            held.set_value();
+            QThread::msleep(300);
+            db.close();
+        }
+        QSqlDatabase::removeDatabase("altra-postazione");
+    });
+    held.get_future().wait();
+    host::Host second(options);
+    EXPECT_TRUE(second.Initialize()) << test::logOf(second).toStdString();
+    other.join();
 }
 
 } // namespace
