@@ -118,8 +118,7 @@ ConnectionConfig ConnectionConfig::fromText(const QString& text)
                 throw RuntimeError(ErrorNumber::InvalidProcedureCall,
                                    QStringLiteral("Nome di schema non valido: '%1'").arg(value));
             config.schema = value;
-        }
-        else
+        } else
             throw RuntimeError(ErrorNumber::InvalidProcedureCall,
                                QStringLiteral("Parametro di connessione sconosciuto: '%1'").arg(key));
     }
@@ -484,6 +483,13 @@ void Database::reopen()
         throw;
     }
     qCInfo(lcDb) << "reopened" << m_config.describe();
+    if (m_reopened) {
+        try {
+            m_reopened();
+        } catch (const std::exception& e) {
+            qCWarning(lcDb) << "after reopening:" << e.what();
+        }
+    }
 }
 
 void Database::failOn(const QSqlError& error, const QString& statement)

@@ -9,6 +9,8 @@
 #include <QString>
 #include <QVariant>
 
+#include <functional>
+
 namespace xv::data {
 
 // Where the data live: the embedded SQLite file, or a shop's shared PostgreSQL server.
@@ -23,7 +25,8 @@ struct ConnectionConfig
     QString password;
     QString schema; // PostgreSQL only: empty means the server's default search path
 
-    // "sqlite:/path/file.db" or a libpq-style "host=... port=... dbname=... user=... password=... schema=...".
+    // "sqlite:/path/file.db" or a libpq-style "host=... port=... dbname=... user=... password=...
+    // schema=...".
     static ConnectionConfig fromText(const QString& text);
     QString describe() const;
 };
@@ -68,6 +71,9 @@ public:
     // What a failure half-way leaves behind is proved by making one fail: the n-th statement from now on
     // (a commit counts as one) fails as the engine's own errors do. 0 turns it off; it fails once.
     void failStatement(int n);
+    // Called each time a connection the server had closed has been opened again, so that what belonged
+    // to the old session (a record lock naming it) can be carried over to the new one.
+    void setReopenedHandler(std::function<void()> handler) { m_reopened = std::move(handler); }
     // Statements run (commits included) since the connection opened.
     qint64 statementCount() const { return m_statements; }
 
@@ -99,6 +105,7 @@ private:
     QString unreachable(const QString& why) const;
     bool m_connectionLost = false;
     bool m_reopening = false;
+    std::function<void()> m_reopened;
 };
 
 // Rolls back unless commit() was called: an early return or an exception never leaves half a write.

@@ -4,11 +4,11 @@
 #include "common/Conversions.h"
 #include "common/RuntimeError.h"
 #include "data/Database.h"
+#include "data/Schema.h"
+#include "data/SqlText.h"
+#include "data/SqliteFile.h"
 #include "demo/DemoData.h"
 #include "host/Dialogs.h"
-#include "data/Schema.h"
-#include "data/SqliteFile.h"
-#include "data/SqlText.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -33,8 +33,8 @@ using common::RuntimeError;
 using data::ColumnInfo;
 using data::ConnectionConfig;
 using data::Engine;
-using data::Transaction;
 using data::sqlEscape;
+using data::Transaction;
 
 namespace {
 
@@ -170,6 +170,7 @@ bool Host::Initialize()
                 throw RuntimeError(ErrorNumber::DatabaseError, refusal);
         }
         m_db = std::make_unique<Database>(config);
+        m_db->setReopenedHandler([this] { carryLockOver(); });
         m_settings.clear();
         m_settingsRead = false;
         {

@@ -102,6 +102,7 @@ private:
     qint16 numberSetting(const QString& key, qint16 defaultValue);
     void readSettings(const QString& source, const QString& text);
     void clearStaleLocks();
+    void carryLockOver();
 
     HostOptions m_options;
     std::unique_ptr<Database> m_db;

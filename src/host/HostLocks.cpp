@@ -29,15 +29,15 @@ namespace {
 // A lock row names its session: on PostgreSQL the server backend (number and start, since numbers are
 // reused), on SQLite the process and machine, one file serving one workstation. A lock whose session
 // has gone was left by a crashed or killed program and no longer holds the order.
-const QString kHolderPg = QStringLiteral(
-    "select b.finestra, b.postazione, b.utente, b.dal, b.processo, b.macchina, "
-    "coalesce(b.processo = pg_backend_pid(), false), "
-    "exists (select 1 from pg_stat_activity a where a.pid = b.processo "
-    "and (a.backend_start is null or a.backend_start = b.avvio)) "
-    "from blocchi_record b where b.tabella = ? and b.record = ?");
-const QString kHolderSqlite = QStringLiteral(
-    "select finestra, postazione, utente, dal, processo, macchina from blocchi_record "
-    "where tabella = ? and record = ?");
+const QString kHolderPg =
+    QStringLiteral("select b.finestra, b.postazione, b.utente, b.dal, b.processo, b.macchina, "
+                   "coalesce(b.processo = pg_backend_pid(), false), "
+                   "exists (select 1 from pg_stat_activity a where a.pid = b.processo "
+                   "and (a.backend_start is null or a.backend_start = b.avvio)) "
+                   "from blocchi_record b where b.tabella = ? and b.record = ?");
+const QString kHolderSqlite =
+    QStringLiteral("select finestra, postazione, utente, dal, processo, macchina from blocchi_record "
+                   "where tabella = ? and record = ?");
 
 const QString kInsertPg = QStringLiteral(
     "insert into blocchi_record (tabella, record, finestra, postazione, utente, dal, processo, macchina, "
@@ -196,6 +196,28 @@ void Host::ClearRecordLock()
     GetConnection().executeBound(QStringLiteral("delete from blocchi_record where tabella=? and record=?"),
                                  {m_lastLock->table, m_lastLock->number});
     m_lastLock.reset();
+}
+
+// A lock names the server session that holds it, and a session the server closed reads as gone: once the
+// connection is open again the lock is made to name the new session, or other workstations would take the
+// order being changed here. One taken meanwhile by another workstation stays theirs.
+void Host::carryLockOver()
+{
+    if (!m_lastLock || !m_db || m_db->engine() != Engine::PostgreSQL)
+        return;
+    const int kept =
+        m_db->executeBound(
+                QStringLiteral("update blocchi_record set processo = pg_backend_pid(), avvio = (select "
+                               "backend_start from pg_stat_activity where pid = pg_backend_pid()) "
+                               "where tabella = ? and record = ? and finestra = ? and postazione = ?"),
+                {m_lastLock->table, m_lastLock->number, QVariant::fromValue<qulonglong>(m_lastLock->window),
+                 GetStationName()})
+            .numRowsAffected();
+    if (kept == 0) {
+        qCWarning(lcHost) << "the lock of order" << m_lastLock->number
+                          << "was taken by another workstation while the server could not be reached";
+        m_lastLock.reset();
+    }
 }
 
 void Host::clearStaleLocks()
