@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "data/ReusedStatement.h"
 #include "data/SqlDialect.h"
 
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QString>
 #include <QVariant>
+
+#include <memory>
+#include <unordered_map>
 
 namespace xv::data {
 
@@ -47,6 +51,17 @@ public:
     QSqlQuery executeBound(const QString& nativeSql, const QVariantList& values = {});
     int rowsAffected(const QString& suiteSql);
 
+    // As executeBound, for a statement that changes rows and is run again and again with other values (the
+    // insert of each line of an order): its text is prepared once in the transaction, not at every run.
+    // Answers the row key an insert added (see ReusedStatement::run).
+    QVariant executeReused(const QString& nativeSql, const QVariantList& values);
+    // Forgets the statements prepared for executeReused, as the end of the outermost transaction does. A
+    // connection closed in the middle of a transaction must call it first: the statements belong to the
+    // session, and SQLite closes no connection that still has some.
+    void dropPreparedStatements();
+    // How many times a statement was prepared for executeReused since the connection opened.
+    qint64 statementsPrepared() const { return m_statementsPrepared; }
+
     // Transactions nest: an inner level is a savepoint of the outer one. commit() and rollback() end the
     // innermost level only; rolling back the outermost one is a real ROLLBACK.
     void beginTransaction();
@@ -78,6 +93,8 @@ private:
     int m_transactionDepth = 0;
     qint64 m_statements = 0;
     qint64 m_failAt = 0;
+    std::unordered_map<QString, std::unique_ptr<ReusedStatement>> m_prepared;
+    qint64 m_statementsPrepared = 0;
 };
 
 // Rolls back unless commit() was called: an early return or an exception never leaves half a write.
