@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "BenchShop.h"
+#include "RawEngine.h"
 
 #include "common/Dates.h"
 #include "data/Database.h"
@@ -7,9 +8,11 @@
 #include "host/Dialogs.h"
 #include "host/Services.h"
 
+#include <QCoreApplication>
 #include <QFile>
 
 #include <memory>
+#include <stdexcept>
 
 namespace xv::bench {
 
@@ -129,32 +132,121 @@ QString largeShopCopy()
     return copy;
 }
 
+// With XV_BENCH_PG naming a PostgreSQL database filled by xvelario-makedb --pg, the benchmarks run in a copy
+// of it, made once per run from it as a template and dropped when the run ends, so that the shop's own
+// database is never written to. Copying needs the CREATEDB right and nobody else connected to the source.
+// Answers the copy's connection text, or throws.
+class PgCopy
+{
+public:
+    PgCopy()
+    {
+        const QString source = qEnvironmentVariable("XV_BENCH_PG");
+        if (source.isEmpty()) {
+            m_error = QStringLiteral("XV_BENCH_PG is not set");
+            return;
+        }
+        try {
+            m_server = data::ConnectionConfig::fromText(source);
+            const QString name = QStringLiteral("xv_bench_%1").arg(QCoreApplication::applicationPid());
+            runOnPostgresServer(
+                m_server,
+                QStringLiteral("create database %1 template \"%2\"").arg(name, m_server.databaseName));
+            m_name = name;
+        } catch (const std::exception& e) {
+            m_error = QString::fromUtf8(e.what());
+        }
+    }
+    ~PgCopy()
+    {
+        if (m_name.isEmpty())
+            return;
+        try {
+            runOnPostgresServer(m_server,
+                                QStringLiteral("drop database if exists %1 with (force)").arg(m_name));
+        } catch (const std::exception& e) {
+            qWarning("XV_BENCH_PG: %s", e.what());
+        }
+    }
+    PgCopy(const PgCopy&) = delete;
+    PgCopy& operator=(const PgCopy&) = delete;
+
+    // The copy's connection text; throws when there is no copy.
+    QString connectionText() const
+    {
+        if (m_name.isEmpty())
+            throw std::runtime_error(m_error.toStdString());
+        QString text =
+            QStringLiteral("host=%1 port=%2 dbname=%3").arg(m_server.host).arg(m_server.port).arg(m_name);
+        for (const auto& [key, value] :
+             {std::pair{"user", m_server.user}, std::pair{"password", m_server.password},
+              std::pair{"schema", m_server.schema}}) {
+            if (!value.isEmpty())
+                text += QStringLiteral(" %1=%2").arg(QString::fromLatin1(key), value);
+        }
+        return text;
+    }
+
+private:
+    data::ConnectionConfig m_server;
+    QString m_name;
+    QString m_error;
+};
+
+QString largePgCopy()
+{
+    static const PgCopy copy;
+    return copy.connectionText();
+}
+
 } // namespace
 
-BenchShop::BenchShop()
+BenchShop::BenchShop(data::Engine engine)
 {
     host::HostOptions options;
     options.dataPath = m_dir.path() + QLatin1Char('/');
-    const QString large = largeShopCopy();
-    options.connectionText =
-        QStringLiteral("sqlite:") + (large.isEmpty() ? m_dir.path() + QStringLiteral("/bench.db") : large);
+    if (engine == data::Engine::PostgreSQL) {
+        try {
+            options.connectionText = largePgCopy();
+        } catch (const std::exception& e) {
+            m_failure = QString::fromUtf8(e.what());
+            return;
+        }
+    } else {
+        const QString large = largeShopCopy();
+        options.connectionText = QStringLiteral("sqlite:") +
+                                 (large.isEmpty() ? m_dir.path() + QStringLiteral("/bench.db") : large);
+    }
     options.fillDemoData = false;
     options.userName = QStringLiteral("bench");
     options.stationName = QStringLiteral("BANCO1");
     auto owned = std::make_unique<host::Host>(options);
-    if (!owned->Initialize())
+    if (!owned->Initialize()) {
+        m_failure = QStringLiteral("the database could not be opened");
         return;
+    }
     m_host = owned.get();
     host::setHost(std::move(owned));
     host::setFormSettings(
         std::make_unique<host::IniFormSettings>(options.dataPath + QStringLiteral("finestre.ini")));
-    host::Dialogs::setMessageHandler([this](const host::MessageRequest&) {
+    host::Dialogs::setMessageHandler([this](const host::MessageRequest& request) {
+        if (!m_expected.empty() && request.text.contains(m_expected.front().first)) {
+            const host::Answer answer = m_expected.front().second;
+            m_expected.pop_front();
+            return answer;
+        }
         ++m_boxes;
+        m_lastBox = request.text;
         return host::Answer::No;
     });
     m_number = writeOrder(m_host->GetConnection(), QDate(QDate::currentDate().year(), 3, 14));
     writeArticles(m_host->GetConnection());
     writeColours(*m_host);
+}
+
+void BenchShop::expectMessage(const QString& containing, host::Answer answer)
+{
+    m_expected.emplace_back(containing, answer);
 }
 
 BenchShop::~BenchShop()

@@ -69,11 +69,54 @@ std::optional<DateAndTime> parseStoredText(const QString& text)
     return DateAndTime{date, time};
 }
 
+// "dd/MM/yyyy" or "dd/MM/yyyy hh:mm:ss", digit for digit, as the grid shows every date of an order's
+// lines: read without the patterns below when the order is saved.
+std::optional<DateAndTime> parseShownText(const QString& text)
+{
+    const qsizetype size = text.size();
+    if (size != 10 && size != 19)
+        return std::nullopt;
+    const auto number = [&text](qsizetype from, qsizetype count) {
+        int value = 0;
+        for (qsizetype i = from; i < from + count; ++i) {
+            const char16_t c = text.at(i).unicode();
+            if (c < u'0' || c > u'9')
+                return -1;
+            value = value * 10 + (c - u'0');
+        }
+        return value;
+    };
+    if (text.at(2) != u'/' || text.at(5) != u'/')
+        return std::nullopt;
+    const int day = number(0, 2);
+    const int month = number(3, 2);
+    const int year = number(6, 4);
+    if (day < 0 || month < 0 || year < 0)
+        return std::nullopt;
+    QTime time(0, 0);
+    if (size == 19) {
+        if (text.at(10) != u' ' || text.at(13) != u':' || text.at(16) != u':')
+            return std::nullopt;
+        const int hour = number(11, 2);
+        const int minute = number(14, 2);
+        const int second = number(17, 2);
+        if (hour < 0 || minute < 0 || second < 0)
+            return std::nullopt;
+        time = QTime(hour, minute, second);
+    }
+    const QDate date(year, month, day);
+    if (!date.isValid() || !time.isValid())
+        return std::nullopt;
+    return DateAndTime{date, time};
+}
+
 // Groups: day/month/year positions differ between the two layouts, the time groups follow in both.
 std::optional<DateAndTime> parseParts(const QString& text)
 {
     if (const auto stored = parseStoredText(text))
         return stored;
+    if (const auto shown = parseShownText(text))
+        return shown;
     // hh:mm, seconds optional, and the fraction of a second databases append.
     static const QString timePattern =
         QStringLiteral(R"(([0-9]{1,2}):([0-9]{2})(?::([0-9]{2})(?:[.,]([0-9]+))?)?)");
@@ -141,6 +184,29 @@ QString shortDateTime(const QDate& date, const QTime& time)
     if (!time.isValid() || (time.hour() == 0 && time.minute() == 0 && time.second() == 0))
         return shortDate(date);
     return shortDate(date) + u' ' + time.toString(u"HH:mm:ss");
+}
+
+QString storedDateTime(const QDate& date, const QTime& time)
+{
+    const int year = date.year();
+    if (!date.isValid() || !time.isValid() || year < 0 || year > 9999)
+        return QDateTime(date, time, Qt::UTC).toString(u"yyyy-MM-dd HH:mm:ss");
+    // Written digit by digit: every date of every line of an order is written this way when it is saved.
+    QString text(19, u'-');
+    const auto put = [&text](qsizetype at, int value, qsizetype width) {
+        for (qsizetype i = at + width - 1; i >= at; --i, value /= 10)
+            text[i] = QChar(u'0' + value % 10);
+    };
+    put(0, year, 4);
+    put(5, date.month(), 2);
+    put(8, date.day(), 2);
+    text[10] = u' ';
+    put(11, time.hour(), 2);
+    text[13] = u':';
+    put(14, time.minute(), 2);
+    text[16] = u':';
+    put(17, time.second(), 2);
+    return text;
 }
 
 QString shortDateTime(const QDateTime& dateTime)

@@ -29,6 +29,9 @@ struct DateAndTime
 std::optional<DateAndTime> parseDateAndTime(const QString& text);
 // As shortDateTime: the time left out when it is exactly midnight.
 QString shortDateTime(const QDate& date, const QTime& time);
+// "2026-11-23 10:30:00", the text a date column keeps: the date and the time of day as written, to the
+// second, with no zone, so that no look-up of the machine's zone is needed to make it.
+QString storedDateTime(const QDate& date, const QTime& time);
 
 // A date as staff type it into a date field: day first, with '/', '-', '.' or a blank between the parts
 // ("23/11/26", "23-11-2026") or the digits alone ("23112026", "231126"); the day and month alone

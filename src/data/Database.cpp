@@ -205,6 +205,7 @@ void Database::setWorkstationTimeZone()
 
 Database::~Database()
 {
+    dropPreparedStatements();
     {
         QSqlDatabase db = QSqlDatabase::database(m_connectionName, false);
         if (db.isOpen()) {
@@ -272,6 +273,45 @@ int Database::rowsAffected(const QString& suiteSql)
     return execute(suiteSql).numRowsAffected();
 }
 
+// Preparing a statement costs the engine about as much as running it (an insert of sixty columns is parsed
+// and planned anew each time), so the statements that repeat over the lines of a write are prepared once in
+// its transaction. They go when the transaction ends: a connection lost and opened again between two writes
+// then never meets a statement of the session that went, and a statement run outside a transaction is not
+// kept at all.
+QVariant Database::executeReused(const QString& nativeSql, const QVariantList& values)
+{
+    countStatement(nativeSql);
+    const auto prepare = [&] {
+        QSqlError error;
+        std::unique_ptr<ReusedStatement> statement =
+            ReusedStatement::prepare(handle(), m_config.engine, nativeSql, error);
+        if (!statement)
+            fail(error, nativeSql);
+        ++m_statementsPrepared;
+        return statement;
+    };
+    std::unique_ptr<ReusedStatement> once;
+    ReusedStatement* statement = nullptr;
+    if (!inTransaction()) {
+        once = prepare();
+        statement = once.get();
+    } else if (const auto found = m_prepared.find(nativeSql); found != m_prepared.end()) {
+        statement = found->second.get();
+    } else {
+        statement = m_prepared.emplace(nativeSql, prepare()).first->second.get();
+    }
+    QVariant key;
+    QSqlError error;
+    if (!statement->run(values, key, error))
+        fail(error, nativeSql);
+    return key;
+}
+
+void Database::dropPreparedStatements()
+{
+    m_prepared.clear();
+}
+
 // The outermost level is a real transaction; each inner one is a savepoint, so an inner failure undoes
 // only its own work and the caller's transaction stays open to commit or roll back as it decides.
 QString Database::savepointName(int level)
@@ -302,6 +342,8 @@ void Database::commit()
         executeBound(QStringLiteral("RELEASE SAVEPOINT ") + savepointName(m_transactionDepth - 1));
     }
     --m_transactionDepth;
+    if (m_transactionDepth == 0)
+        dropPreparedStatements();
 }
 
 void Database::rollback()
@@ -323,11 +365,14 @@ void Database::rollback()
     }
     if (m_connectionLost) {
         // The server ended the transaction with the session; each level is left as its guard gives up.
-        --m_transactionDepth;
+        if (--m_transactionDepth == 0)
+            dropPreparedStatements();
         return;
     }
     m_transactionDepth = 0;
-    if (!handle().rollback())
+    const bool rolledBack = handle().rollback();
+    dropPreparedStatements();
+    if (!rolledBack)
         failOn(handle().lastError(), QStringLiteral("ROLLBACK"));
 }
 
@@ -342,10 +387,31 @@ QVariant Database::toStorage(const QVariant& value, int typeCode, const QString&
     return value;
 }
 
+namespace {
+
+// A text already in the form a date column keeps, to the second, is kept as it stands: read into a
+// QDateTime in local time it would cost a look-up of the machine's zone for every date of every line, and
+// a wall-clock time the local zone skips would be refused.
+bool inStoredForm(const QVariant& value)
+{
+    if (value.metaType().id() != QMetaType::QString)
+        return false;
+    const QString text = value.toString();
+    if (text.size() != 19 || text[4] != u'-' || text[7] != u'-' || text[10] != u' ' || text[13] != u':' ||
+        text[16] != u':')
+        return false;
+    const auto when = common::parseDateAndTime(text);
+    return when && common::storedDateTime(when->date, when->time) == text;
+}
+
+} // namespace
+
 // A date column takes a date, or the text a date column itself gives back ("2026-11-23 10:30:00"); a
 // date as people write it ("23/11/2026") would be kept as a text the engines cannot compare as a date.
 QVariant Database::storedDate(const QVariant& value, const QString& column) const
 {
+    if (inStoredForm(value))
+        return value;
     static const QRegularExpression storedForm(
         QStringLiteral("^[0-9]{4}-[0-9]{2}-[0-9]{2}([ T][0-9]{2}:[0-9]{2}(:[0-9]{2}([.][0-9]+)?)?)?$"));
     QDateTime when;
@@ -468,6 +534,7 @@ void Database::reopenIfLost(const QString& statement)
 void Database::reopen()
 {
     const QScopedValueRollback reopening(m_reopening, true);
+    dropPreparedStatements(); // they belong to the session that has gone
     QSqlDatabase db = handle();
     db.close();
     if (!db.open())

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "data/ReusedStatement.h"
 #include "data/SqlDialect.h"
 
 #include <QSqlDatabase>
@@ -10,6 +11,8 @@
 #include <QVariant>
 
 #include <functional>
+#include <memory>
+#include <unordered_map>
 
 namespace xv::data {
 
@@ -55,6 +58,17 @@ public:
     // Runs a statement of our own, native to the engine, with bound placeholders.
     QSqlQuery executeBound(const QString& nativeSql, const QVariantList& values = {});
     int rowsAffected(const QString& suiteSql);
+
+    // As executeBound, for a statement that changes rows and is run again and again with other values (the
+    // insert of each line of an order): its text is prepared once in the transaction, not at every run.
+    // Answers the row key an insert added (see ReusedStatement::run).
+    QVariant executeReused(const QString& nativeSql, const QVariantList& values);
+    // Forgets the statements prepared for executeReused, as the end of the outermost transaction does. A
+    // connection closed in the middle of a transaction must call it first: the statements belong to the
+    // session, and SQLite closes no connection that still has some.
+    void dropPreparedStatements();
+    // How many times a statement was prepared for executeReused since the connection opened.
+    qint64 statementsPrepared() const { return m_statementsPrepared; }
 
     // Transactions nest: an inner level is a savepoint of the outer one. commit() and rollback() end the
     // innermost level only; rolling back the outermost one is a real ROLLBACK.
@@ -106,6 +120,8 @@ private:
     bool m_connectionLost = false;
     bool m_reopening = false;
     std::function<void()> m_reopened;
+    std::unordered_map<QString, std::unique_ptr<ReusedStatement>> m_prepared;
+    qint64 m_statementsPrepared = 0;
 };
 
 // Rolls back unless commit() was called: an early return or an exception never leaves half a write.

@@ -164,8 +164,14 @@ void Recordset::setFields(const QStringList& names)
 {
     m_fields = names;
     m_index.clear();
+    m_exactIndex.clear();
     for (int i = 0; i < names.size(); ++i)
         m_index.insert(names[i].toLower(), i);
+    // Of two names that differ only in case the later one is found, by either spelling.
+    for (int i = 0; i < names.size(); ++i) {
+        if (m_index.value(names[i].toLower()) == i)
+            m_exactIndex.insert(names[i], i);
+    }
 }
 
 void Recordset::moveNext()
@@ -193,6 +199,8 @@ QString Recordset::fieldName(int index) const
 
 int Recordset::fieldIndex(const QString& name) const
 {
+    if (const auto exact = m_exactIndex.constFind(name); exact != m_exactIndex.constEnd())
+        return *exact;
     const auto it = m_index.constFind(name.toLower());
     if (it == m_index.constEnd())
         throw RuntimeError(ErrorNumber::FieldNotFound,
@@ -335,12 +343,10 @@ void Recordset::update()
                                               .arg(m_table, columns.join(QLatin1Char(',')), placeholders);
         if (keyIndex >= 0 && m_db->engine() == Engine::PostgreSQL)
             sql += QStringLiteral(" returning rowid");
-        QSqlQuery query = m_db->executeBound(sql, values);
-        if (keyIndex >= 0) {
-            QVariant key = m_db->engine() == Engine::PostgreSQL ? (query.next() ? query.value(0) : QVariant())
-                                                                : query.lastInsertId();
+        // The same insert is run for every line of an order: its statement is prepared once.
+        const QVariant key = m_db->executeReused(sql, values);
+        if (keyIndex >= 0)
             m_editBuffer[keyIndex] = key;
-        }
         m_rows.push_back(m_editBuffer);
         m_position = m_rows.size() - 1;
     } else {

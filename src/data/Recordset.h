@@ -73,6 +73,9 @@ private:
     QStringList m_fields;
     QVector<int> m_typeCodes;
     QHash<QString, int> m_index;
+    // The fields by their names as given too: the names a caller uses are nearly always these, and finding
+    // them needs no lower-case copy (an order's save looks up sixty fields for each of its lines).
+    QHash<QString, int> m_exactIndex;
     QVector<QVector<QVariant>> m_rows;
     qsizetype m_position = 0;
     EditMode m_editMode = EditMode::None;

@@ -111,6 +111,12 @@ QString FlexGridModel::text(int row, int col) const
     return m_rows[row].cells[col];
 }
 
+QStringList FlexGridModel::rowTexts(int row) const
+{
+    checkRow(row);
+    return m_rows[row].cells;
+}
+
 void FlexGridModel::setText(int row, int col, const QString& text)
 {
     checkCell(row, col);
@@ -301,6 +307,11 @@ void FlexGrid::setFixedCols(int n)
 QString FlexGrid::textMatrix(int row, int col) const
 {
     return m_model->text(row, col);
+}
+
+QStringList FlexGrid::rowTexts(int row) const
+{
+    return m_model->rowTexts(row);
 }
 
 void FlexGrid::setTextMatrix(int row, int col, const QString& text)

@@ -35,6 +35,8 @@ public:
     // Out-of-range rows or columns throw xv::common::RuntimeError InvalidIndexError.
     QString text(int row, int col) const;
     void setText(int row, int col, const QString& text);
+    // Every cell of a row at once, without copying them one by one.
+    QStringList rowTexts(int row) const;
     // Cells beyond the column count are ignored, missing ones are empty.
     void appendRow(const QStringList& cells);
     void removeRowAt(int row);
@@ -87,6 +89,8 @@ public:
 
     QString textMatrix(int row, int col) const;
     void setTextMatrix(int row, int col, const QString& text);
+    // The cells of a whole row, as textMatrix reads them one by one: for reading a thousand lines at once.
+    QStringList rowTexts(int row) const;
 
     void addItem(const QStringList& cells = {});
     void removeItem(int row);

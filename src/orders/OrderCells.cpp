@@ -81,10 +81,10 @@ bool nullMayBeEmpty(int column)
     }
 }
 
-// A date as the grid shows it, or a time alone as a time on the zero day.
-QDateTime cellDate(const QString& cell)
+// A date as the grid shows it, or a time alone as a time on the zero day, as the date and the time written.
+common::DateAndTime cellDate(const QString& cell)
 {
-    if (const auto when = common::parseDateTime(cell))
+    if (const auto when = common::parseDateAndTime(cell))
         return *when;
     static const QRegularExpression timeAlone(
         QStringLiteral(R"(^\s*([0-9]{1,2}):([0-9]{2})(?::([0-9]{2}))?\s*$)"));
@@ -92,9 +92,14 @@ QDateTime cellDate(const QString& cell)
         const QTime time(match.capturedView(1).toInt(), match.capturedView(2).toInt(),
                          match.capturedView(3).toInt());
         if (time.isValid())
-            return QDateTime(kZeroDate, time);
+            return {kZeroDate, time};
     }
     throw RuntimeError::typeMismatch(cell);
+}
+
+bool isWritten(const QString& name)
+{
+    return !name.isEmpty() && name.compare(QLatin1String("rowid"), Qt::CaseInsensitive) != 0;
 }
 
 } // namespace
@@ -191,7 +196,7 @@ QStringList gridCells(const Recordset& rs, const QVector<int>& columnTypes)
 std::optional<QVariant> cellToField(const QString& name, int typeCode, const QString& cell,
                                     const QDateTime& now)
 {
-    if (name.isEmpty() || name.compare(QLatin1String("rowid"), Qt::CaseInsensitive) == 0)
+    if (!isWritten(name))
         return std::nullopt;
     switch (typeCode) {
     case TypeCode::SmallInt:
@@ -204,8 +209,12 @@ std::optional<QVariant> cellToField(const QString& name, int typeCode, const QSt
         return QVariant(cell.isEmpty() ? 0.0 : Money::parse(cell).toDouble());
     case TypeCode::Currency:
         return QVariant((cell.isEmpty() ? Money() : Money::parse(cell)).toDecimalText());
-    case TypeCode::Date:
-        return QVariant(cell.isEmpty() ? now : cellDate(cell));
+    case TypeCode::Date: {
+        if (cell.isEmpty())
+            return QVariant(now);
+        const common::DateAndTime when = cellDate(cell);
+        return QVariant(QDateTime(when.date, when.time));
+    }
     default:
         return QVariant(cell);
     }
@@ -214,9 +223,22 @@ std::optional<QVariant> cellToField(const QString& name, int typeCode, const QSt
 void writeCells(Recordset& rs, const QStringList& names, const QVector<int>& typeCodes,
                 const QStringList& cells, const QDateTime& now)
 {
+    // A date goes to the store as the text its column keeps, made from the date and the time written: read
+    // into a QDateTime in local time first, each would cost a look-up of the machine's zone, and a day that
+    // begins with the clocks going forward (no midnight in Santiago de Chile) would be refused.
+    const QString nowText = common::storedDateTime(now.date(), now.time());
     for (qsizetype c = 0; c < names.size() && c < cells.size(); ++c) {
-        if (const auto value = cellToField(names[c], typeCodes.value(c, TypeCode::Text), cells[c], now))
+        const int typeCode = typeCodes.value(c, TypeCode::Text);
+        if (typeCode == TypeCode::Date && isWritten(names[c])) {
+            if (cells[c].isEmpty()) {
+                rs.setValue(names[c], nowText);
+            } else {
+                const common::DateAndTime when = cellDate(cells[c]);
+                rs.setValue(names[c], common::storedDateTime(when.date, when.time));
+            }
+        } else if (const auto value = cellToField(names[c], typeCode, cells[c], now)) {
             rs.setValue(names[c], *value);
+        }
     }
 }
 

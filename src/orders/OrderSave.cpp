@@ -31,8 +31,8 @@ QString keyCondition(const OrderKey& key)
 // empty one stays empty, and the write rule makes it the moment of writing).
 QString asDate(const QString& text)
 {
-    if (const auto when = common::parseDateTime(text))
-        return common::shortDate(when->date());
+    if (const auto when = common::parseDateAndTime(text))
+        return common::shortDate(when->date);
     return text;
 }
 
@@ -98,9 +98,9 @@ void adjustStock(data::Database& db, const GridRows& grid, const QStringList& ce
     if (orderKey != 0)
         quantity = static_cast<float>(quantity); // the quantity as the row just stored keeps it
     const double change = orderKey == 0 ? -quantity : quantity;
-    db.executeBound(QStringLiteral("update med set quantita_reale=quantita_reale+?, "
-                                   "quantita_disponibile=quantita_disponibile+? where rowid=?"),
-                    {change, change, article});
+    db.executeReused(QStringLiteral("update med set quantita_reale=quantita_reale+?, "
+                                    "quantita_disponibile=quantita_disponibile+? where rowid=?"),
+                     {change, change, article});
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -47,10 +48,28 @@ TEST(DatesTest, ParsesDayFirstAndIsoDates)
 
 TEST(DatesTest, RejectsImpossibleAndMalformedDates)
 {
-    for (const char* text :
-         {"31/02/2026", "29/02/2026", "29/02/1900", "00/01/2026", "1/13/2026", "2026-02-30", "1/2/202",
-          "1/2-2026", "", "2026/11/23", "1/2/2026x", "23/11/2026 25:00", "23/11/2026 12",
-          "2026-11-23 24:00:00", "2026-13-01", "2026-11-23 10:6:00", "0000-01-01", "2026-11-23x10:00:00"}) {
+    for (const char* text : {"31/02/2026",
+                             "29/02/2026",
+                             "29/02/1900",
+                             "00/01/2026",
+                             "1/13/2026",
+                             "2026-02-30",
+                             "1/2/202",
+                             "1/2-2026",
+                             "",
+                             "2026/11/23",
+                             "1/2/2026x",
+                             "23/11/2026 25:00",
+                             "23/11/2026 12",
+                             "2026-11-23 24:00:00",
+                             "2026-13-01",
+                             "2026-11-23 10:6:00",
+                             "0000-01-01",
+                             "2026-11-23x10:00:00",
+                             "23/11/2026 24:00:00",
+                             "31/04/2026 10:00:00",
+                             "23/11/2026T10:00:00",
+                             "23/11/0000"}) {
         SCOPED_TRACE(text);
         EXPECT_FALSE(parseShortDate(QLatin1String(text)));
         EXPECT_FALSE(parseDateTime(QLatin1String(text)));
@@ -82,6 +101,17 @@ TEST(DatesTest, AStoredTextReadsAsTheDateAndTimeWrittenEvenInTheHourTheClocksSki
     EXPECT_EQ(shortDateTime(parts->date, parts->time), u"29/03/2026 02:30:00");
     EXPECT_EQ(shortDateTime(QDate(2026, 3, 29), QTime(0, 0)), u"29/03/2026");
     EXPECT_FALSE(parseDateAndTime(QStringLiteral("29/02/2026")));
+}
+
+TEST(DatesTest, AStoredTextIsTheDateAndTimeWrittenToTheSecond)
+{
+    const std::tuple<QDate, QTime, const char*> cases[] = {
+        {{2026, 11, 23}, {14, 5, 9, 750}, "2026-11-23 14:05:09"},
+        {{2026, 3, 29}, {2, 30}, "2026-03-29 02:30:00"}, // an hour the clocks skip in Italy
+        {{999, 1, 2}, {0, 0}, "0999-01-02 00:00:00"},
+        {{1899, 12, 30}, {10, 30}, "1899-12-30 10:30:00"}};
+    for (const auto& [date, time, text] : cases)
+        EXPECT_EQ(storedDateTime(date, time), QLatin1String(text));
 }
 
 TEST(DatesTest, ReadsDatesAsStaffTypeThem)

@@ -109,6 +109,19 @@ TEST_F(FlexGridTest, AddingAndRemovingLinesKeepsTheOthersAndTheSelection)
     EXPECT_EQ(errorNumberOf([&] { m_grid.removeItem(2); }), InvalidIndexError);
 }
 
+TEST_F(FlexGridTest, AWholeRowReadsAsItsCellsWithoutCopyingThemOneByOne)
+{
+    m_grid.addItem({QStringLiteral("7"), QStringLiteral("BOM001")});
+    m_grid.setTextMatrix(2, Col_qta, QStringLiteral("12"));
+    const QStringList cells = m_grid.rowTexts(2);
+    ASSERT_EQ(cells.size(), ColCount);
+    for (int col = 0; col < ColCount; ++col)
+        EXPECT_EQ(cells[col], m_grid.textMatrix(2, col)) << col;
+    EXPECT_TRUE(cells.isSharedWith(m_grid.rowTexts(2))) << "the row's own list, not a copy of each cell";
+    EXPECT_EQ(errorNumberOf([&] { m_grid.rowTexts(3); }), InvalidIndexError);
+    EXPECT_EQ(errorNumberOf([&] { m_grid.rowTexts(-1); }), InvalidIndexError);
+}
+
 TEST_F(FlexGridTest, RowColoursAndAlignmentReachTheView)
 {
     addLines(2);

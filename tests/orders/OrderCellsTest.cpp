@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "TestDatabase.h"
+#include "TestOrders.h"
 
 #include "common/Money.h"
 #include "common/RuntimeError.h"
@@ -8,8 +9,14 @@
 #include "data/TypeCodes.h"
 #include "lines/GridColumns.h"
 #include "orders/OrderCells.h"
+#include "orders/OrderSave.h"
+
+#include <QSqlQuery>
 
 #include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <ctime>
 
 namespace {
 
@@ -118,6 +125,74 @@ TEST_P(OrderCellsRoundTripTest, EveryColumnOfALineSurvivesASave)
     for (qsizetype c = 1; c < first.size(); ++c)
         EXPECT_EQ(second[c], first[c]) << names[c].toStdString();
     EXPECT_EQ(first[lines::Col_quantita], "2,125");
+}
+
+// The lines of an order as a saved one holds them in the grid, with the grid's names and type codes.
+orders::OrderWrite savedLines(data::Database& db, int count)
+{
+    const int key = test::addOrderLine(db, "5", QDate(2026, 11, 20));
+    orders::OrderWrite order;
+    for (const data::ColumnInfo& column : data::tableColumns(db, "movimenti")) {
+        order.grid.names << column.name;
+        order.grid.typeCodes << column.typeCode;
+    }
+    Recordset rs = Recordset::open(db, "select * from movimenti where rowid=" + QString::number(key));
+    order.grid.lines = QVector<QStringList>(count, orders::gridCells(rs, order.grid.typeCodes));
+    order.key = {"COMM", "5", "2026"};
+    return order;
+}
+
+TEST_P(OrderCellsRoundTripTest, AnOrderOfAnyLengthIsWrittenThroughTheSameStatements)
+{
+    qint64 prepared[2] = {};
+    int i = 0;
+    for (int lines : {2, 6}) {
+        orders::OrderWrite order = savedLines(db(), lines);
+        const qint64 before = db().statementsPrepared();
+        ASSERT_TRUE(orders::writeOrder(db(), orders::WriteMode::Update, order, {}).done);
+        prepared[i++] = db().statementsPrepared() - before;
+        QSqlQuery q = db().executeBound("select count(*) from movimenti where numero='5'");
+        ASSERT_TRUE(q.next());
+        EXPECT_EQ(q.value(0).toInt(), lines);
+    }
+    EXPECT_EQ(prepared[1], prepared[0]) << "as many statements for six lines as for two";
+    EXPECT_LE(prepared[0], 2) << "one insert, and one stock update at most";
+}
+
+// Where the clocks go forward at midnight a day has no midnight in local time; the dates of an order are
+// written as the grid shows them all the same.
+TEST_P(OrderCellsRoundTripTest, ADayWithoutAMidnightIsWrittenAsShown)
+{
+    struct Zone
+    {
+        explicit Zone(const char* zone) : m_before(qgetenv("TZ")), m_had(qEnvironmentVariableIsSet("TZ"))
+        {
+            qputenv("TZ", zone);
+            tzset();
+        }
+        ~Zone()
+        {
+            if (m_had)
+                qputenv("TZ", m_before);
+            else
+                qunsetenv("TZ");
+            tzset();
+        }
+        QByteArray m_before;
+        bool m_had;
+    } chile("America/Santiago"); // 6 September 2026 begins at 01:00
+
+    orders::OrderWrite order = savedLines(db(), 1);
+    order.grid.lines[0][lines::Col_Datadal] = "06/09/2026";
+    order.grid.lines[0][lines::Col_attrib05] = "06/09/2026 00:00:00";
+    ASSERT_TRUE(orders::writeOrder(db(), orders::WriteMode::Update, order, {}).done);
+    const bool sqlite = GetParam() == data::Engine::SQLite;
+    QSqlQuery q =
+        db().executeBound(sqlite ? "select Datadal, attrib05 from movimenti where numero='5'"
+                                 : "select Datadal::text, attrib05::text from movimenti where numero='5'");
+    ASSERT_TRUE(q.next());
+    EXPECT_EQ(q.value(0).toString(), "2026-09-06 00:00:00");
+    EXPECT_EQ(q.value(1).toString(), "2026-09-06 00:00:00");
 }
 
 XV_INSTANTIATE_FOR_ENGINES(OrderCellsRoundTripTest);

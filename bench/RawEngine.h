@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "data/Database.h"
+#include "orders/OpenOrder.h"
+
+#include <QString>
+
+#include <memory>
+
+namespace xv::bench {
+
+// The yardstick for the save benchmarks: the statements of a save, an update and a delete of one order run
+// straight through the engine's own C API (sqlite3, libpq), on the same database as the program, with the
+// rows the program stored, so that the benchmarks can say how far the program is from the engine itself.
+// Each write is one transaction; a failure throws std::runtime_error with the engine's text.
+class RawOrderWriter
+{
+public:
+    virtual ~RawOrderWriter() = default;
+
+    // A connection of its own to the database the configuration names.
+    static std::unique_ptr<RawOrderWriter> open(const data::ConnectionConfig& config);
+
+    // Keeps the order's rows as they are stored (all but their row keys), to write the same values again.
+    virtual void readOrder(const orders::OrderKey& key) = 0;
+    virtual int countRows(const orders::OrderKey& key) = 0;
+
+    // A new order: the counter advanced, the key looked up, every row inserted through one prepared insert.
+    virtual void save(qint32 idnumeratore, const orders::OrderKey& key) = 0;
+    // The order's rows deleted by its key and inserted again.
+    virtual void update(const orders::OrderKey& key) = 0;
+    // The order's rows deleted by its key.
+    virtual void remove(const orders::OrderKey& key) = 0;
+};
+
+// Runs one statement on the PostgreSQL server of the configuration, connected to its maintenance database
+// "postgres" (a database cannot be copied or dropped from a connection to itself). Throws on failure.
+void runOnPostgresServer(const data::ConnectionConfig& config, const QString& sql);
+
+} // namespace xv::bench

@@ -1,0 +1,237 @@
+// SPDX-License-Identifier: MIT
+// The save's statements through libpq, with the session settings the program asks for.
+#include "RawEngine.h"
+
+#include <libpq-fe.h>
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace xv::bench {
+
+std::unique_ptr<RawOrderWriter> openRawSqlite(const QString& path);
+
+namespace {
+
+PGconn* connect(const data::ConnectionConfig& config, const QString& database)
+{
+    const QByteArray host = config.host.toUtf8(), port = QByteArray::number(config.port),
+                     dbname = database.toUtf8(), user = config.user.toUtf8(),
+                     password = config.password.toUtf8();
+    const char* keys[] = {"host",     "port",    "dbname",          "user",
+                          "password", "options", "connect_timeout", nullptr};
+    const char* values[] = {host.constData(),
+                            port.constData(),
+                            dbname.constData(),
+                            user.isEmpty() ? nullptr : user.constData(),
+                            password.isEmpty() ? nullptr : password.constData(),
+                            "-c standard_conforming_strings=on",
+                            "10",
+                            nullptr};
+    PGconn* conn = PQconnectdbParams(keys, values, 0);
+    if (PQstatus(conn) != CONNECTION_OK) {
+        const std::string error = PQerrorMessage(conn);
+        PQfinish(conn);
+        throw std::runtime_error("connect: " + error);
+    }
+    return conn;
+}
+
+// Owns one result; throws when the statement failed.
+class Result
+{
+public:
+    Result(PGconn* conn, PGresult* result, const char* what) : m_result(result)
+    {
+        const ExecStatusType status = PQresultStatus(result);
+        if (status != PGRES_COMMAND_OK && status != PGRES_TUPLES_OK) {
+            const std::string error = PQerrorMessage(conn);
+            PQclear(result);
+            throw std::runtime_error(std::string(what) + ": " + error);
+        }
+    }
+    ~Result() { PQclear(m_result); }
+    Result(const Result&) = delete;
+    Result& operator=(const Result&) = delete;
+    PGresult* get() const { return m_result; }
+
+private:
+    PGresult* m_result;
+};
+
+class PostgresWriter final : public RawOrderWriter
+{
+public:
+    explicit PostgresWriter(const data::ConnectionConfig& config)
+        : m_conn(connect(config, config.databaseName))
+    {
+        if (!config.schema.isEmpty())
+            exec(("SET search_path TO " + config.schema.toStdString()).c_str());
+        exec("SET datestyle TO 'ISO, DMY'");
+    }
+    ~PostgresWriter() override { PQfinish(m_conn); }
+
+    void readOrder(const orders::OrderKey& key) override
+    {
+        m_rows.clear();
+        KeyParams params(key);
+        Result select(m_conn,
+                      PQexecParams(m_conn,
+                                   "select * from movimenti where documento=$1 and numero=$2 and serie=$3 "
+                                   "order by rowid",
+                                   3, nullptr, params.values, nullptr, nullptr, 0),
+                      "select");
+        std::vector<int> kept;
+        std::string columns, placeholders;
+        for (int c = 0; c < PQnfields(select.get()); ++c) {
+            const std::string name = PQfname(select.get(), c);
+            if (name == "rowid")
+                continue;
+            kept.push_back(c);
+            columns += (columns.empty() ? "" : ",") + name;
+            placeholders += (placeholders.empty() ? "$" : ",$") + std::to_string(kept.size());
+        }
+        m_insert = "insert into movimenti (" + columns + ") values (" + placeholders + ")";
+        for (int r = 0; r < PQntuples(select.get()); ++r) {
+            std::vector<std::optional<std::string>> row;
+            for (int c : kept)
+                row.push_back(PQgetisnull(select.get(), r, c)
+                                  ? std::nullopt
+                                  : std::optional(std::string(PQgetvalue(select.get(), r, c))));
+            m_rows.push_back(std::move(row));
+        }
+    }
+
+    int countRows(const orders::OrderKey& key) override
+    {
+        KeyParams params(key);
+        Result count(
+            m_conn,
+            PQexecParams(m_conn,
+                         "select count(*) from movimenti where documento=$1 and numero=$2 and serie=$3", 3,
+                         nullptr, params.values, nullptr, nullptr, 0),
+            "count");
+        return std::stoi(PQgetvalue(count.get(), 0, 0));
+    }
+
+    void save(qint32 idnumeratore, const orders::OrderKey& key) override
+    {
+        Transaction transaction(*this);
+        const std::string id = std::to_string(idnumeratore);
+        const char* idValue[] = {id.c_str()};
+        Result(m_conn,
+               PQexecParams(m_conn,
+                            "update numeratori set dataultdoc=now(), numero=numero+1 where idnumeratore=$1",
+                            1, nullptr, idValue, nullptr, nullptr, 0),
+               "counter");
+        KeyParams params(key);
+        Result(m_conn,
+               PQexecParams(m_conn,
+                            "select rowid from movimenti where documento=$1 and numero=$2 and serie=$3", 3,
+                            nullptr, params.values, nullptr, nullptr, 0),
+               "exists");
+        insertRows();
+        transaction.commit();
+    }
+
+    void update(const orders::OrderKey& key) override
+    {
+        Transaction transaction(*this);
+        deleteRows(key);
+        insertRows();
+        transaction.commit();
+    }
+
+    void remove(const orders::OrderKey& key) override
+    {
+        Transaction transaction(*this);
+        deleteRows(key);
+        transaction.commit();
+    }
+
+private:
+    struct KeyParams
+    {
+        explicit KeyParams(const orders::OrderKey& key)
+            : documento(key.documento.toUtf8()), numero(key.numero.toUtf8()),
+              serie(key.serie.toUtf8()), values{documento.constData(), numero.constData(), serie.constData()}
+        {
+        }
+        QByteArray documento, numero, serie;
+        const char* values[3];
+    };
+
+    class Transaction
+    {
+    public:
+        explicit Transaction(PostgresWriter& w) : m_w(w) { m_w.exec("BEGIN"); }
+        ~Transaction()
+        {
+            if (!m_done)
+                PQclear(PQexec(m_w.m_conn, "ROLLBACK"));
+        }
+        void commit()
+        {
+            m_w.exec("COMMIT");
+            m_done = true;
+        }
+
+    private:
+        PostgresWriter& m_w;
+        bool m_done = false;
+    };
+
+    void exec(const char* sql) { Result(m_conn, PQexec(m_conn, sql), sql); }
+
+    void deleteRows(const orders::OrderKey& key)
+    {
+        KeyParams params(key);
+        Result(m_conn,
+               PQexecParams(m_conn, "delete from movimenti where documento=$1 and numero=$2 and serie=$3", 3,
+                            nullptr, params.values, nullptr, nullptr, 0),
+               "delete");
+    }
+
+    void insertRows()
+    {
+        if (m_rows.empty())
+            return;
+        const int n = static_cast<int>(m_rows.front().size());
+        Result(m_conn, PQprepare(m_conn, "", m_insert.c_str(), n, nullptr), "prepare");
+        std::vector<const char*> values(n);
+        for (const auto& row : m_rows) {
+            for (int c = 0; c < n; ++c)
+                values[c] = row[c] ? row[c]->c_str() : nullptr;
+            Result(m_conn, PQexecPrepared(m_conn, "", n, values.data(), nullptr, nullptr, 0), "insert");
+        }
+    }
+
+    PGconn* m_conn;
+    std::string m_insert;
+    std::vector<std::vector<std::optional<std::string>>> m_rows;
+};
+
+} // namespace
+
+std::unique_ptr<RawOrderWriter> RawOrderWriter::open(const data::ConnectionConfig& config)
+{
+    if (config.engine == data::Engine::SQLite)
+        return openRawSqlite(config.sqlitePath);
+    return std::make_unique<PostgresWriter>(config);
+}
+
+void runOnPostgresServer(const data::ConnectionConfig& config, const QString& sql)
+{
+    PGconn* conn = connect(config, QStringLiteral("postgres"));
+    PGresult* result = PQexec(conn, sql.toUtf8().constData());
+    const bool ok = PQresultStatus(result) == PGRES_COMMAND_OK;
+    const std::string error = PQerrorMessage(conn);
+    PQclear(result);
+    PQfinish(conn);
+    if (!ok)
+        throw std::runtime_error(sql.toStdString() + ": " + error);
+}
+
+} // namespace xv::bench

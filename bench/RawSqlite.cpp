@@ -1,0 +1,208 @@
+// SPDX-License-Identifier: MIT
+// The save's statements through the sqlite3 C API, with the connection settings the program uses.
+#include "RawEngine.h"
+
+#include <QDateTime>
+
+#include <sqlite3.h>
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace xv::bench {
+
+std::unique_ptr<RawOrderWriter> openRawSqlite(const QString& path);
+
+namespace {
+
+class Statement
+{
+public:
+    Statement(sqlite3* db, const std::string& sql) : m_db(db)
+    {
+        if (sqlite3_prepare_v2(db, sql.c_str(), static_cast<int>(sql.size()), &m_stmt, nullptr) != SQLITE_OK)
+            throw std::runtime_error(std::string("prepare: ") + sqlite3_errmsg(db) + " [" + sql + "]");
+    }
+    ~Statement() { sqlite3_finalize(m_stmt); }
+    Statement(const Statement&) = delete;
+    Statement& operator=(const Statement&) = delete;
+
+    sqlite3_stmt* get() const { return m_stmt; }
+    void bindKey(const orders::OrderKey& key)
+    {
+        bindText(1, key.documento);
+        bindText(2, key.numero);
+        bindText(3, key.serie);
+    }
+    void bindText(int index, const QString& text)
+    {
+        const QByteArray utf8 = text.toUtf8();
+        sqlite3_bind_text(m_stmt, index, utf8.constData(), static_cast<int>(utf8.size()), SQLITE_TRANSIENT);
+    }
+    // True while a row is there; throws on an error.
+    bool step()
+    {
+        const int rc = sqlite3_step(m_stmt);
+        if (rc == SQLITE_ROW)
+            return true;
+        if (rc != SQLITE_DONE)
+            throw std::runtime_error(std::string("step: ") + sqlite3_errmsg(m_db));
+        return false;
+    }
+    void reset() { sqlite3_reset(m_stmt); }
+
+private:
+    sqlite3* m_db;
+    sqlite3_stmt* m_stmt = nullptr;
+};
+
+class SqliteWriter final : public RawOrderWriter
+{
+public:
+    explicit SqliteWriter(const QString& path)
+    {
+        if (sqlite3_open_v2(path.toUtf8().constData(), &m_db, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK)
+            throw std::runtime_error(std::string("open: ") + (m_db ? sqlite3_errmsg(m_db) : "out of memory"));
+        sqlite3_busy_timeout(m_db, 5000);
+        exec("PRAGMA foreign_keys=ON");
+        exec("PRAGMA journal_mode=WAL");
+    }
+    ~SqliteWriter() override
+    {
+        freeRows();
+        sqlite3_close(m_db);
+    }
+
+    void readOrder(const orders::OrderKey& key) override
+    {
+        freeRows();
+        Statement select(m_db, "select * from movimenti where documento=?1 and numero=?2 and serie=?3 "
+                               "order by rowid");
+        select.bindKey(key);
+        std::vector<int> kept;
+        std::string columns, placeholders;
+        for (int c = 0; c < sqlite3_column_count(select.get()); ++c) {
+            const std::string name = sqlite3_column_name(select.get(), c);
+            if (sqlite3_stricmp(name.c_str(), "rowid") == 0)
+                continue;
+            kept.push_back(c);
+            columns += (columns.empty() ? "" : ",") + name;
+            placeholders += placeholders.empty() ? "?" : ",?";
+        }
+        m_insert = "insert into movimenti (" + columns + ") values (" + placeholders + ")";
+        while (select.step()) {
+            std::vector<sqlite3_value*> row;
+            for (int c : kept)
+                row.push_back(sqlite3_value_dup(sqlite3_column_value(select.get(), c)));
+            m_rows.push_back(std::move(row));
+        }
+    }
+
+    int countRows(const orders::OrderKey& key) override
+    {
+        Statement count(m_db, "select count(*) from movimenti where documento=?1 and numero=?2 and serie=?3");
+        count.bindKey(key);
+        return count.step() ? sqlite3_column_int(count.get(), 0) : 0;
+    }
+
+    void save(qint32 idnumeratore, const orders::OrderKey& key) override
+    {
+        Transaction transaction(*this);
+        Statement counter(m_db, "update numeratori set dataultdoc=?1, numero=numero+1 where idnumeratore=?2");
+        counter.bindText(1, QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")));
+        sqlite3_bind_int(counter.get(), 2, idnumeratore);
+        counter.step();
+        Statement exists(m_db, "select rowid from movimenti where documento=?1 and numero=?2 and serie=?3");
+        exists.bindKey(key);
+        exists.step();
+        insertRows();
+        transaction.commit();
+    }
+
+    void update(const orders::OrderKey& key) override
+    {
+        Transaction transaction(*this);
+        deleteRows(key);
+        insertRows();
+        transaction.commit();
+    }
+
+    void remove(const orders::OrderKey& key) override
+    {
+        Transaction transaction(*this);
+        deleteRows(key);
+        transaction.commit();
+    }
+
+private:
+    class Transaction
+    {
+    public:
+        explicit Transaction(SqliteWriter& w) : m_w(w) { m_w.exec("BEGIN"); }
+        ~Transaction()
+        {
+            if (!m_done)
+                sqlite3_exec(m_w.m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+        }
+        void commit()
+        {
+            m_w.exec("COMMIT");
+            m_done = true;
+        }
+
+    private:
+        SqliteWriter& m_w;
+        bool m_done = false;
+    };
+
+    void exec(const char* sql)
+    {
+        char* error = nullptr;
+        if (sqlite3_exec(m_db, sql, nullptr, nullptr, &error) != SQLITE_OK) {
+            const std::string text = error ? error : "?";
+            sqlite3_free(error);
+            throw std::runtime_error(std::string(sql) + ": " + text);
+        }
+    }
+
+    void deleteRows(const orders::OrderKey& key)
+    {
+        Statement remove(m_db, "delete from movimenti where documento=?1 and numero=?2 and serie=?3");
+        remove.bindKey(key);
+        remove.step();
+    }
+
+    void insertRows()
+    {
+        Statement insert(m_db, m_insert);
+        for (const auto& row : m_rows) {
+            for (size_t c = 0; c < row.size(); ++c)
+                sqlite3_bind_value(insert.get(), static_cast<int>(c) + 1, row[c]);
+            insert.step();
+            insert.reset();
+        }
+    }
+
+    void freeRows()
+    {
+        for (auto& row : m_rows) {
+            for (sqlite3_value* value : row)
+                sqlite3_value_free(value);
+        }
+        m_rows.clear();
+    }
+
+    sqlite3* m_db = nullptr;
+    std::string m_insert;
+    std::vector<std::vector<sqlite3_value*>> m_rows;
+};
+
+} // namespace
+
+std::unique_ptr<RawOrderWriter> openRawSqlite(const QString& path)
+{
+    return std::make_unique<SqliteWriter>(path);
+}
+
+} // namespace xv::bench

@@ -1,0 +1,193 @@
+// SPDX-License-Identifier: MIT
+#include "ReusedStatement.h"
+
+#include <QDateTime>
+#include <QSqlDriver>
+#include <QSqlQuery>
+
+#include <sqlite3.h>
+
+namespace xv::data {
+
+namespace {
+
+// The errors read as the driver's own read ("<engine's text> Unable to fetch row"), so that the operator
+// and the log see the same text whichever way a statement ran.
+QSqlError sqliteError(sqlite3* connection, const QString& what, int code)
+{
+    return QSqlError(what, QString(reinterpret_cast<const QChar*>(sqlite3_errmsg16(connection))),
+                     QSqlError::StatementError, QString::number(code));
+}
+
+bool isNullValue(const QVariant& value)
+{
+    if (!value.isValid() || value.isNull())
+        return true;
+    switch (value.metaType().id()) {
+    case QMetaType::QString:
+        return static_cast<const QString*>(value.constData())->isNull();
+    case QMetaType::QByteArray:
+        return static_cast<const QByteArray*>(value.constData())->isNull();
+    default:
+        return false;
+    }
+}
+
+class SqliteStatement final : public ReusedStatement
+{
+public:
+    SqliteStatement(sqlite3* connection, sqlite3_stmt* statement)
+        : m_connection(connection), m_statement(statement)
+    {
+    }
+    ~SqliteStatement() override { sqlite3_finalize(m_statement); }
+    SqliteStatement(const SqliteStatement&) = delete;
+    SqliteStatement& operator=(const SqliteStatement&) = delete;
+
+    bool run(const QVariantList& values, QVariant& key, QSqlError& error) override
+    {
+        // Every run ends with the statement reset and its values cleared, whatever happened.
+        if (sqlite3_bind_parameter_count(m_statement) != values.size()) {
+            error =
+                QSqlError(QStringLiteral("Parameter count mismatch"), QString(), QSqlError::StatementError);
+            return false;
+        }
+        // The strings stay alive in values until the statement has run and been reset.
+        for (int i = 0; i < values.size(); ++i) {
+            const int result = bind(i + 1, values[i]);
+            if (result != SQLITE_OK) {
+                error = sqliteError(m_connection, QStringLiteral("Unable to bind parameters"), result);
+                sqlite3_clear_bindings(m_statement);
+                return false;
+            }
+        }
+        const int result = sqlite3_step(m_statement);
+        if (result != SQLITE_DONE && result != SQLITE_ROW) {
+            error = sqliteError(m_connection, QStringLiteral("Unable to fetch row"), result);
+            sqlite3_reset(m_statement);
+            sqlite3_clear_bindings(m_statement);
+            return false;
+        }
+        // As the driver answers it: no key when nothing was ever inserted on the connection.
+        const qint64 rowid = sqlite3_last_insert_rowid(m_connection);
+        key = rowid != 0 ? QVariant(rowid) : QVariant();
+        sqlite3_reset(m_statement);
+        sqlite3_clear_bindings(m_statement);
+        return true;
+    }
+
+private:
+    // Each type as Qt's SQLite driver binds it, so that a value is stored the same whichever way it went.
+    int bind(int index, const QVariant& value)
+    {
+        if (isNullValue(value))
+            return sqlite3_bind_null(m_statement, index);
+        switch (value.metaType().id()) {
+        case QMetaType::QByteArray: {
+            const auto* bytes = static_cast<const QByteArray*>(value.constData());
+            return sqlite3_bind_blob(m_statement, index, bytes->constData(), int(bytes->size()),
+                                     SQLITE_STATIC);
+        }
+        case QMetaType::Bool:
+        case QMetaType::Int:
+            return sqlite3_bind_int(m_statement, index, value.toInt());
+        case QMetaType::Double:
+            return sqlite3_bind_double(m_statement, index, value.toDouble());
+        case QMetaType::UInt:
+        case QMetaType::LongLong:
+            return sqlite3_bind_int64(m_statement, index, value.toLongLong());
+        case QMetaType::QDateTime:
+            return bindText(index, value.toDateTime().toString(Qt::ISODateWithMs));
+        case QMetaType::QTime:
+            return bindText(index, value.toTime().toString(u"hh:mm:ss.zzz"));
+        case QMetaType::QString: {
+            const auto* text = static_cast<const QString*>(value.constData());
+            return sqlite3_bind_text16(m_statement, index, text->utf16(), int(text->size() * sizeof(QChar)),
+                                       SQLITE_STATIC);
+        }
+        default:
+            return bindText(index, value.toString());
+        }
+    }
+
+    int bindText(int index, const QString& text)
+    {
+        return sqlite3_bind_text16(m_statement, index, text.utf16(), int(text.size() * sizeof(QChar)),
+                                   SQLITE_TRANSIENT);
+    }
+
+    sqlite3* m_connection;
+    sqlite3_stmt* m_statement;
+};
+
+class DriverStatement final : public ReusedStatement
+{
+public:
+    explicit DriverStatement(const QSqlDatabase& db) : m_query(db)
+    {
+        m_query.setForwardOnly(true);
+        m_query.setNumericalPrecisionPolicy(QSql::HighPrecision);
+    }
+
+    bool prepare(const QString& nativeSql, QSqlError& error)
+    {
+        if (m_query.prepare(nativeSql))
+            return true;
+        error = m_query.lastError();
+        return false;
+    }
+
+    bool run(const QVariantList& values, QVariant& key, QSqlError& error) override
+    {
+        for (int i = 0; i < values.size(); ++i)
+            m_query.bindValue(i, values[i]);
+        if (!m_query.exec()) {
+            error = m_query.lastError();
+            return false;
+        }
+        key = m_query.next() ? m_query.value(0) : QVariant();
+        return true;
+    }
+
+private:
+    QSqlQuery m_query;
+};
+
+sqlite3* sqliteConnection(const QSqlDatabase& db)
+{
+    const QSqlDriver* driver = db.driver();
+    const QVariant handle = driver ? driver->handle() : QVariant();
+    if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3*") != 0)
+        return nullptr;
+    return *static_cast<sqlite3* const*>(handle.constData());
+}
+
+} // namespace
+
+std::unique_ptr<ReusedStatement> ReusedStatement::prepare(const QSqlDatabase& db, Engine engine,
+                                                          const QString& nativeSql, QSqlError& error)
+{
+    if (engine == Engine::SQLite) {
+        sqlite3* connection = sqliteConnection(db);
+        if (!connection) {
+            error = QSqlError(QStringLiteral("Database non aperto"), QString(), QSqlError::ConnectionError);
+            return nullptr;
+        }
+        sqlite3_stmt* statement = nullptr;
+        const int result =
+            sqlite3_prepare16_v3(connection, nativeSql.utf16(), int(nativeSql.size() * sizeof(QChar)),
+                                 SQLITE_PREPARE_PERSISTENT, &statement, nullptr);
+        if (result != SQLITE_OK) {
+            error = sqliteError(connection, QStringLiteral("Unable to execute statement"), result);
+            sqlite3_finalize(statement);
+            return nullptr;
+        }
+        return std::make_unique<SqliteStatement>(connection, statement);
+    }
+    auto statement = std::make_unique<DriverStatement>(db);
+    if (!statement->prepare(nativeSql, error))
+        return nullptr;
+    return statement;
+}
+
+} // namespace xv::data
