@@ -286,7 +286,7 @@ QVariant Database::executeReused(const QString& nativeSql, const QVariantList& v
         std::unique_ptr<ReusedStatement> statement =
             ReusedStatement::prepare(handle(), m_config.engine, nativeSql, error);
         if (!statement)
-            fail(error, nativeSql);
+            failOn(error, nativeSql);
         ++m_statementsPrepared;
         return statement;
     };
@@ -303,7 +303,7 @@ QVariant Database::executeReused(const QString& nativeSql, const QVariantList& v
     QVariant key;
     QSqlError error;
     if (!statement->run(values, key, error))
-        fail(error, nativeSql);
+        failOn(error, nativeSql);
     return key;
 }
 
