@@ -323,6 +323,8 @@ void Recordset::update()
     const int keyIndex = static_cast<int>(m_index.value(QStringLiteral("rowid"), -1));
     QStringList columns;
     QVariantList values;
+    columns.reserve(m_fields.size());
+    values.reserve(m_fields.size());
     for (int i = 0; i < m_fields.size(); ++i) {
         if (!m_touched[i] || i == keyIndex)
             continue;
@@ -335,19 +337,22 @@ void Recordset::update()
         values << m_db->toStorage(value, m_typeCodes.value(i, TypeCode::Text), m_fields[i]);
     }
     if (m_editMode == EditMode::AddNew) {
-        QString placeholders;
-        for (int i = 0; i < columns.size(); ++i)
-            placeholders += i == 0 ? QStringLiteral("?") : QStringLiteral(",?");
-        QString sql = columns.isEmpty() ? QStringLiteral("insert into %1 default values").arg(m_table)
-                                        : QStringLiteral("insert into %1 (%2) values (%3)")
-                                              .arg(m_table, columns.join(QLatin1Char(',')), placeholders);
-        if (keyIndex >= 0 && m_db->engine() == Engine::PostgreSQL)
-            sql += QStringLiteral(" returning rowid");
+        if (m_insertSql.isEmpty() || m_insertFields != m_touched) {
+            QString placeholders;
+            for (int i = 0; i < columns.size(); ++i)
+                placeholders += i == 0 ? QStringLiteral("?") : QStringLiteral(",?");
+            m_insertSql = columns.isEmpty() ? QStringLiteral("insert into %1 default values").arg(m_table)
+                                            : QStringLiteral("insert into %1 (%2) values (%3)")
+                                                  .arg(m_table, columns.join(QLatin1Char(',')), placeholders);
+            if (keyIndex >= 0 && m_db->engine() == Engine::PostgreSQL)
+                m_insertSql += QStringLiteral(" returning rowid");
+            m_insertFields = m_touched;
+        }
         // The same insert is run for every line of an order: its statement is prepared once.
-        const QVariant key = m_db->executeReused(sql, values);
+        const QVariant key = m_db->executeReused(m_insertSql, values);
         if (keyIndex >= 0)
             m_editBuffer[keyIndex] = key;
-        m_rows.push_back(m_editBuffer);
+        m_rows.push_back(std::move(m_editBuffer));
         m_position = m_rows.size() - 1;
     } else {
         if (keyIndex < 0)

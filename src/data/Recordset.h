@@ -81,6 +81,10 @@ private:
     EditMode m_editMode = EditMode::None;
     QVector<QVariant> m_editBuffer;
     QVector<bool> m_touched;
+    // The insert last made, with the fields it wrote: adding many records that set the same fields builds
+    // its text once.
+    QVector<bool> m_insertFields;
+    QString m_insertSql;
 };
 
 // Helpers shared by the readers of a recordset and of stored values.

@@ -7,6 +7,9 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+#include <vector>
+
 namespace xv::data {
 
 namespace {
@@ -58,6 +61,7 @@ public:
             if (result != SQLITE_OK) {
                 error = sqliteError(m_connection, QStringLiteral("Unable to bind parameters"), result);
                 sqlite3_clear_bindings(m_statement);
+                m_utf8.clear();
                 return false;
             }
         }
@@ -66,6 +70,7 @@ public:
             error = sqliteError(m_connection, QStringLiteral("Unable to fetch row"), result);
             sqlite3_reset(m_statement);
             sqlite3_clear_bindings(m_statement);
+            m_utf8.clear();
             return false;
         }
         // As the driver answers it: no key when nothing was ever inserted on the connection.
@@ -73,6 +78,7 @@ public:
         key = rowid != 0 ? QVariant(rowid) : QVariant();
         sqlite3_reset(m_statement);
         sqlite3_clear_bindings(m_statement);
+        m_utf8.clear();
         return true;
     }
 
@@ -102,6 +108,14 @@ private:
             return bindText(index, value.toTime().toString(u"hh:mm:ss.zzz"));
         case QMetaType::QString: {
             const auto* text = static_cast<const QString*>(value.constData());
+            // Handed over in the file's own encoding, a text is not converted again by the engine while the
+            // statement runs, one character at a time. A text with a surrogate half on its own still goes
+            // as UTF-16, so the engine stores it exactly as it always has.
+            if (!hasSurrogates(*text)) {
+                m_utf8.push_back(text->toUtf8());
+                const QByteArray& bytes = m_utf8.back();
+                return sqlite3_bind_text(m_statement, index, bytes.constData(), int(bytes.size()), SQLITE_STATIC);
+            }
             return sqlite3_bind_text16(m_statement, index, text->utf16(), int(text->size() * sizeof(QChar)),
                                        SQLITE_STATIC);
         }
@@ -116,8 +130,15 @@ private:
                                    SQLITE_TRANSIENT);
     }
 
+    static bool hasSurrogates(const QString& text)
+    {
+        return std::any_of(text.begin(), text.end(), [](QChar c) { return c.isSurrogate(); });
+    }
+
     sqlite3* m_connection;
     sqlite3_stmt* m_statement;
+    // The texts bound as UTF-8, alive until the statement has run and been reset.
+    std::vector<QByteArray> m_utf8;
 };
 
 class DriverStatement final : public ReusedStatement

@@ -122,6 +122,10 @@ void copyHeader(QVector<QStringList>& lines, const HeaderValues& header, const Q
     const QString written = common::shortDateTime(now);
     const QString time = now.time().toString(QStringLiteral("HH:mm:ss"));
     const QString state = header.statoRiga.isEmpty() ? QStringLiteral("EMESSO") : header.statoRiga;
+    // The same for every line: read once, not once a line.
+    const QString dataRitiro1 = asDate(header.dataRitiro1);
+    const QString dataRitiro2 = asDate(header.dataRitiro2);
+    const QString dataEvento = asDate(header.dataEvento);
     for (QStringList& cells : lines) {
         while (cells.size() < ColCount)
             cells << QString();
@@ -138,12 +142,12 @@ void copyHeader(QVector<QStringList>& lines, const HeaderValues& header, const Q
         cells[Col_Cellulare] = c.cellulare;
         cells[Col_Email] = c.email;
         cells[Col_datareg] = written;
-        cells[Col_Datadal] = asDate(header.dataRitiro1);
+        cells[Col_Datadal] = dataRitiro1;
         cells[Col_oradal] = time;
-        cells[Col_Dataal] = asDate(header.dataRitiro2);
+        cells[Col_Dataal] = dataRitiro2;
         cells[Col_oraal] = time;
         cells[Col_attrib04] = header.tipoEvento;
-        cells[Col_attrib05] = asDate(header.dataEvento);
+        cells[Col_attrib05] = dataEvento;
         cells[Col_attrib06] = header.soggettiEvento;
         cells[Col_riferimenti] = header.riferimenti;
         cells[Col_StatoRiga] = state;
