@@ -32,6 +32,19 @@ int fullYear(QStringView digits)
     return year + (year < TwoDigitYearPivot ? 2000 : 1900);
 }
 
+// The value of count decimal digits from a position of the text, or -1 when one of them is not a digit.
+int digitsAt(const QString& text, qsizetype from, qsizetype count)
+{
+    int value = 0;
+    for (qsizetype i = from; i < from + count; ++i) {
+        const char16_t c = text.at(i).unicode();
+        if (c < u'0' || c > u'9')
+            return -1;
+        value = value * 10 + (c - u'0');
+    }
+    return value;
+}
+
 // "yyyy-MM-dd" or "yyyy-MM-dd hh:mm:ss", digit for digit, as SQLite keeps every stored date: read without
 // the patterns below, which cost more than the rest of loading a long order.
 std::optional<DateAndTime> parseStoredText(const QString& text)
@@ -39,16 +52,7 @@ std::optional<DateAndTime> parseStoredText(const QString& text)
     const qsizetype size = text.size();
     if (size != 10 && size != 19)
         return std::nullopt;
-    const auto number = [&text](qsizetype from, qsizetype count) {
-        int value = 0;
-        for (qsizetype i = from; i < from + count; ++i) {
-            const char16_t c = text.at(i).unicode();
-            if (c < u'0' || c > u'9')
-                return -1;
-            value = value * 10 + (c - u'0');
-        }
-        return value;
-    };
+    const auto number = [&text](qsizetype from, qsizetype count) { return digitsAt(text, from, count); };
     if (text.at(4) != u'-' || text.at(7) != u'-')
         return std::nullopt;
     const QDate date(number(0, 4), number(5, 2), number(8, 2));
@@ -76,16 +80,7 @@ std::optional<DateAndTime> parseShownText(const QString& text)
     const qsizetype size = text.size();
     if (size != 10 && size != 19)
         return std::nullopt;
-    const auto number = [&text](qsizetype from, qsizetype count) {
-        int value = 0;
-        for (qsizetype i = from; i < from + count; ++i) {
-            const char16_t c = text.at(i).unicode();
-            if (c < u'0' || c > u'9')
-                return -1;
-            value = value * 10 + (c - u'0');
-        }
-        return value;
-    };
+    const auto number = [&text](qsizetype from, qsizetype count) { return digitsAt(text, from, count); };
     if (text.at(2) != u'/' || text.at(5) != u'/')
         return std::nullopt;
     const int day = number(0, 2);

@@ -4,12 +4,11 @@
 #include "common/Conversions.h"
 #include "common/Dates.h"
 #include "common/RuntimeError.h"
-#include "host/IHost.h"
 #include "data/Recordset.h"
 #include "data/SqlText.h"
 #include "data/TypeCodes.h"
+#include "host/IHost.h"
 #include "lines/GridColumns.h"
-
 
 namespace xv::orders {
 
@@ -29,6 +28,23 @@ QString textOrEmpty(const Recordset& rs, const QString& field)
 }
 
 } // namespace
+
+void putCustomer(QStringList& cells, const Customer& c)
+{
+    using namespace lines;
+    cells[Col_rowid_controparti] = QString::number(c.key);
+    cells[Col_Nominativo] = c.nominativo;
+    cells[Col_codenominativo] = c.codenominativo;
+    cells[Col_Indirizzo] = c.indirizzo;
+    cells[Col_Cap] = c.cap;
+    cells[Col_comune] = c.comune;
+    cells[Col_Spedizione] = c.spedizione;
+    cells[Col_provincia] = c.provincia;
+    cells[Col_Strada] = c.strada;
+    cells[Col_telefono] = c.telefono;
+    cells[Col_Cellulare] = c.cellulare;
+    cells[Col_Email] = c.email;
+}
 
 QString Customer::addressTip() const
 {

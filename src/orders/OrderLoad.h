@@ -48,6 +48,8 @@ struct Customer
 Customer readOrderCustomer(const data::Recordset& rs);
 // The customer of controparti's current row (nulls read as empty).
 Customer readCounterpart(const data::Recordset& rs);
+// Writes the customer into a line's cells (rowid_controparti to Email), as every line of an order repeats it.
+void putCustomer(QStringList& cells, const Customer& customer);
 
 // The number a new order is proposed, from the counter of its document type and year.
 struct NumberProposal

@@ -129,18 +129,7 @@ void copyHeader(QVector<QStringList>& lines, const HeaderValues& header, const Q
     for (QStringList& cells : lines) {
         while (cells.size() < ColCount)
             cells << QString();
-        cells[Col_rowid_controparti] = QString::number(c.key);
-        cells[Col_Nominativo] = c.nominativo;
-        cells[Col_codenominativo] = c.codenominativo;
-        cells[Col_Indirizzo] = c.indirizzo;
-        cells[Col_Cap] = c.cap;
-        cells[Col_comune] = c.comune;
-        cells[Col_Spedizione] = c.spedizione;
-        cells[Col_provincia] = c.provincia;
-        cells[Col_Strada] = c.strada;
-        cells[Col_telefono] = c.telefono;
-        cells[Col_Cellulare] = c.cellulare;
-        cells[Col_Email] = c.email;
+        putCustomer(cells, c);
         cells[Col_datareg] = written;
         cells[Col_Datadal] = dataRitiro1;
         cells[Col_oradal] = time;
