@@ -3,7 +3,6 @@
 
 #include "RuntimeError.h"
 
-#include <QRegularExpression>
 
 #include <algorithm>
 #include <charconv>
@@ -123,6 +122,36 @@ qsizetype suffixLength(QStringView text, const QStringList& candidates)
     return 0;
 }
 
+// What currency text is read by depends only on the locale. Parsing runs for every amount of every line of
+// an order being saved, so the locale's symbols and signs are looked up once per locale and thread, not on
+// every call.
+struct CurrencySigns
+{
+    QLocale locale;
+    QStringList symbols;
+    QStringList minusSigns;
+    QStringList plusSigns;
+    QString group;
+    QString decimal;
+};
+
+const CurrencySigns& currencySigns(const QLocale& locale)
+{
+    thread_local CurrencySigns signs;
+    thread_local bool filled = false;
+    if (!filled || signs.locale != locale) {
+        signs.locale = locale;
+        signs.symbols = {locale.currencySymbol(QLocale::CurrencyIsoCode),
+                         locale.currencySymbol(QLocale::CurrencySymbol)};
+        signs.minusSigns = {locale.negativeSign(), QStringLiteral("-"), QStringLiteral("\u2212")};
+        signs.plusSigns = {locale.positiveSign(), QStringLiteral("+")};
+        signs.group = locale.groupSeparator();
+        signs.decimal = locale.decimalPoint();
+        filled = true;
+    }
+    return signs;
+}
+
 // Where a locale groups with a blank, people type whichever blank their keyboard gives; an ASCII
 // apostrophe likewise stands for the typographic one.
 qsizetype groupSeparatorAt(QStringView text, qsizetype at, const QString& group)
@@ -136,10 +165,10 @@ qsizetype groupSeparatorAt(QStringView text, qsizetype at, const QString& group)
 }
 
 // Digits, grouping in whole groups of three and the locale's decimal separator, or nothing.
-bool readLocaleNumber(QStringView core, const QLocale& locale, QString* intDigits, QString* fracDigits)
+bool readLocaleNumber(QStringView core, const CurrencySigns& signs, QString* intDigits, QString* fracDigits)
 {
-    const QString group = locale.groupSeparator();
-    const QString decimal = locale.decimalPoint();
+    const QString& group = signs.group;
+    const QString& decimal = signs.decimal;
     qsizetype at = 0;
     int run = 0;
     bool grouped = false;
@@ -169,25 +198,29 @@ bool readLocaleNumber(QStringView core, const QLocale& locale, QString* intDigit
 
 // Staff type "2.50" for two euros fifty where the locale writes "2,50": a lone point followed by one or two
 // digits can only be a decimal point, since grouping puts three digits after it ("1.234" stays grouped).
-bool readLoneDecimalPoint(QStringView core, const QLocale& locale, QString* intDigits, QString* fracDigits)
+// The text comes trimmed, so ASCII digits, one point and one or two ASCII digits must fill all of it.
+bool readLoneDecimalPoint(QStringView core, const CurrencySigns& signs, QString* intDigits, QString* fracDigits)
 {
-    static const QRegularExpression lonePoint(QStringLiteral("^([0-9]+)[.]([0-9]{1,2})$"));
-    if (locale.decimalPoint() == QLatin1String("."))
+    if (signs.decimal == QLatin1String("."))
         return false;
-    const QRegularExpressionMatch match = lonePoint.match(core);
-    if (!match.hasMatch())
+    const qsizetype point = core.indexOf(u'.');
+    const qsizetype fraction = core.size() - point - 1;
+    if (point < 1 || fraction < 1 || fraction > 2)
         return false;
-    *intDigits = match.captured(1);
-    *fracDigits = match.captured(2);
+    const auto asciiDigits = [](QStringView v) { return std::all_of(v.begin(), v.end(), isAsciiDigit); };
+    if (!asciiDigits(core.left(point)) || !asciiDigits(core.mid(point + 1)))
+        return false;
+    *intDigits = core.left(point).toString();
+    *fracDigits = core.mid(point + 1).toString();
     return true;
 }
 
 std::optional<qint64> parseCurrency(QStringView text, const QLocale& locale, bool* overflow)
 {
-    const QStringList symbols = {locale.currencySymbol(QLocale::CurrencyIsoCode),
-                                 locale.currencySymbol(QLocale::CurrencySymbol)};
-    const QStringList minusSigns = {locale.negativeSign(), QStringLiteral("-"), QStringLiteral("\u2212")};
-    const QStringList plusSigns = {locale.positiveSign(), QStringLiteral("+")};
+    const CurrencySigns& signs = currencySigns(locale);
+    const QStringList& symbols = signs.symbols;
+    const QStringList& minusSigns = signs.minusSigns;
+    const QStringList& plusSigns = signs.plusSigns;
 
     QStringView rest = text.trimmed();
     bool negative = false;
@@ -219,8 +252,8 @@ std::optional<qint64> parseCurrency(QStringView text, const QLocale& locale, boo
 
     QString intDigits;
     QString fracDigits;
-    if (!readLoneDecimalPoint(rest, locale, &intDigits, &fracDigits) &&
-        !readLocaleNumber(rest, locale, &intDigits, &fracDigits))
+    if (!readLoneDecimalPoint(rest, signs, &intDigits, &fracDigits) &&
+        !readLocaleNumber(rest, signs, &intDigits, &fracDigits))
         return std::nullopt;
     auto units = unitsFromDigits(negative, intDigits, fracDigits);
     *overflow = !units;

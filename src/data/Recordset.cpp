@@ -289,7 +289,15 @@ void Recordset::addNew()
 void Recordset::setValue(const QString& name, const QVariant& value)
 {
     requireWritable();
-    const int index = fieldIndex(name);
+    setValue(fieldIndex(name), value);
+}
+
+void Recordset::setValue(int index, const QVariant& value)
+{
+    requireWritable();
+    if (index < 0 || index >= m_fields.size())
+        throw RuntimeError(ErrorNumber::FieldNotFound,
+                           QStringLiteral("Elemento non trovato nell'insieme: campo %1").arg(index));
     if (m_editMode == EditMode::None) {
         requireCurrent();
         m_editMode = EditMode::Edit;

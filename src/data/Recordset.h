@@ -55,6 +55,8 @@ public:
     // Writing: only on a recordset opened with openTable.
     void addNew();
     void setValue(const QString& name, const QVariant& value);
+    // By the field's position, for a caller that sets the same fields on many records and finds them once.
+    void setValue(int index, const QVariant& value);
     void setMoney(const QString& name, common::Money amount);
     void update();
     void cancelUpdate();

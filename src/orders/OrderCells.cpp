@@ -223,6 +223,27 @@ std::optional<QVariant> cellToField(const QString& name, int typeCode, const QSt
 void writeCells(Recordset& rs, const QStringList& names, const QVector<int>& typeCodes,
                 const QStringList& cells, const QDateTime& now)
 {
+    writeCells(rs, names, fieldIndexes(rs, names), typeCodes, cells, now);
+}
+
+QVector<int> fieldIndexes(const Recordset& rs, const QStringList& names)
+{
+    QVector<int> indexes;
+    indexes.reserve(names.size());
+    for (const QString& name : names)
+        indexes << (rs.hasField(name) ? rs.fieldIndex(name) : -1);
+    return indexes;
+}
+
+void writeCells(Recordset& rs, const QStringList& names, const QVector<int>& indexes,
+                const QVector<int>& typeCodes, const QStringList& cells, const QDateTime& now)
+{
+    const auto set = [&](qsizetype c, const QVariant& value) {
+        if (const int index = indexes.value(c, -1); index >= 0)
+            rs.setValue(index, value);
+        else
+            rs.setValue(names[c], value); // fails as a missing field does
+    };
     // A date goes to the store as the text its column keeps, made from the date and the time written: read
     // into a QDateTime in local time first, each would cost a look-up of the machine's zone, and a day that
     // begins with the clocks going forward (no midnight in Santiago de Chile) would be refused.
@@ -231,13 +252,13 @@ void writeCells(Recordset& rs, const QStringList& names, const QVector<int>& typ
         const int typeCode = typeCodes.value(c, TypeCode::Text);
         if (typeCode == TypeCode::Date && isWritten(names[c])) {
             if (cells[c].isEmpty()) {
-                rs.setValue(names[c], nowText);
+                set(c, nowText);
             } else {
                 const common::DateAndTime when = cellDate(cells[c]);
-                rs.setValue(names[c], common::storedDateTime(when.date, when.time));
+                set(c, common::storedDateTime(when.date, when.time));
             }
         } else if (const auto value = cellToField(names[c], typeCode, cells[c], now)) {
-            rs.setValue(names[c], *value);
+            set(c, *value);
         }
     }
 }

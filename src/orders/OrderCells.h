@@ -43,4 +43,12 @@ std::optional<QVariant> cellToField(const QString& name, int typeCode, const QSt
 void writeCells(data::Recordset& rs, const QStringList& names, const QVector<int>& typeCodes,
                 const QStringList& cells, const QDateTime& now = QDateTime::currentDateTime());
 
+// The position in the recordset of each named field, -1 for a name it lacks: found once, they let every
+// line of an order be written without looking its fields up by name again.
+QVector<int> fieldIndexes(const data::Recordset& rs, const QStringList& names);
+// As above, with the positions fieldIndexes gave for these names; a name it lacks fails when its cell is
+// written, as it does by name.
+void writeCells(data::Recordset& rs, const QStringList& names, const QVector<int>& indexes,
+                const QVector<int>& typeCodes, const QStringList& cells, const QDateTime& now);
+
 } // namespace xv::orders

@@ -200,6 +200,7 @@ WriteResult writeOrder(data::Database& db, WriteMode mode, OrderWrite& order,
     const QString deposit = order.acconto.toCurrencyText();
     const QString total = order.totale.toCurrencyText();
     const QString zero = QStringLiteral("0");
+    const QVector<int> fields = fieldIndexes(movimenti, order.grid.names);
     for (qsizetype r = 0; r < order.grid.lines.size(); ++r) {
         QStringList& cells = order.grid.lines[r];
         while (cells.size() < order.grid.names.size())
@@ -211,7 +212,7 @@ WriteResult writeOrder(data::Database& db, WriteMode mode, OrderWrite& order,
         if (mode == WriteMode::Delete)
             continue;
         movimenti.addNew();
-        writeCells(movimenti, order.grid.names, order.grid.typeCodes, cells, now);
+        writeCells(movimenti, order.grid.names, fields, order.grid.typeCodes, cells, now);
         movimenti.update();
         adjustStock(db, order.grid, cells, orderKey);
     }

@@ -82,6 +82,42 @@ TEST(MoneyTest, ParsesWhatStaffType)
     }
 }
 
+// The lone decimal point is read without a pattern: it must take exactly ASCII digits, one point and one or
+// two ASCII digits, and leave everything else to the locale's own reading.
+TEST(MoneyTest, LoneDecimalPointIsReadOnlyWhenNothingElseCouldBeMeant)
+{
+    const std::pair<const char16_t*, qint64> read[] = {
+        {u"0.5", 5000},         {u"-0.05", -500},    {u"(2.50)", -25000},     {u"+2.50", 25000},
+        {u"2.50-", -25000},     {u"EUR 2.50", 25000}, {u"\t2.50\n", 25000},  {u"002.50", 25000},
+        {u"2.500", 25000000},   {u"12.345 €", 123450000}};
+    for (const auto& [raw, units] : read) {
+        const QString text = QString::fromUtf16(raw);
+        SCOPED_TRACE(text.toStdString());
+        EXPECT_EQ(Money::parse(text, Italian), Money::fromRaw(units));
+    }
+    for (const char16_t* raw : {u".50", u"2.", u"2.5.0", u"2. 50", u"2 .50", u"2.5a", u"\u0662.50",
+                                u"2.\u0665\u0660", u"2.50.", u"-.5", u"2,5.0", u"2.50\u00a0\u00a0x"}) {
+        const QString text = QString::fromUtf16(raw);
+        SCOPED_TRACE(text.toStdString());
+        EXPECT_EQ(errorNumberOf([&] { Money::parse(text, Italian); }), TypeMismatch);
+    }
+}
+
+// What is read depends on the locale passed, also when another locale was read just before.
+TEST(MoneyTest, EachLocaleReadsItsOwnSignsWhateverCameBefore)
+{
+    const QLocale english(QLocale::English, QLocale::UnitedStates);
+    const QLocale swiss(QLocale::German, QLocale::Switzerland);
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(Money::parse(QStringLiteral("1.234,50 €"), Italian), Money::fromRaw(12345000));
+        EXPECT_EQ(Money::parse(QStringLiteral("$1,234.50"), english), Money::fromRaw(12345000));
+        EXPECT_EQ(Money::parse(QStringLiteral("1.234"), english), Money::fromRaw(12340));
+        EXPECT_EQ(errorNumberOf([&] { Money::parse(QStringLiteral("$1,234.50"), Italian); }), TypeMismatch);
+        EXPECT_EQ(Money::parse(QStringLiteral("CHF 1'234.50"), swiss), Money::fromRaw(12345000));
+        EXPECT_EQ(errorNumberOf([&] { Money::parse(QStringLiteral("1.234,50 €"), english); }), TypeMismatch);
+    }
+}
+
 TEST(MoneyTest, CurrencyTextRoundsHalvesAwayFromZeroAndReadsBack)
 {
     const std::pair<qint64, const char16_t*> cases[] = {{12345000, u"1.234,50\u00a0€"},

@@ -60,6 +60,23 @@ TEST_P(RecordsetTest, EditingARowOfATableUpdatesOnlyThatRow)
     EXPECT_THROW(readOnly.setValue("descrizione", "x"), common::RuntimeError);
 }
 
+TEST_P(RecordsetTest, AFieldSetByItsPositionIsWrittenAsByName)
+{
+    Recordset table = Recordset::openTable(db(), "movimenti");
+    table.addNew();
+    table.setValue(table.fieldIndex("numero"), "12");
+    table.setValue("STRADA", "Via Roma");
+    EXPECT_EQ(errorNumberOf([&] { table.setValue(table.fieldCount(), "x"); }), 3265);
+    EXPECT_EQ(errorNumberOf([&] { table.setValue(-1, "x"); }), 3265);
+    table.update();
+    const Recordset saved = Recordset::open(db(), "select numero, Strada from movimenti");
+    EXPECT_EQ(saved.text("numero"), "12");
+    EXPECT_EQ(saved.text("strada"), "Via Roma");
+
+    Recordset readOnly = Recordset::open(db(), "select numero from movimenti");
+    EXPECT_THROW(readOnly.setValue(0, "x"), common::RuntimeError);
+}
+
 XV_INSTANTIATE_FOR_ENGINES(RecordsetTest);
 
 } // namespace

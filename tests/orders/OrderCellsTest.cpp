@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "../common/ErrorNumberOf.h"
 #include "TestDatabase.h"
 #include "TestOrders.h"
 
@@ -193,6 +194,50 @@ TEST_P(OrderCellsRoundTripTest, ADayWithoutAMidnightIsWrittenAsShown)
     ASSERT_TRUE(q.next());
     EXPECT_EQ(q.value(0).toString(), "2026-09-06 00:00:00");
     EXPECT_EQ(q.value(1).toString(), "2026-09-06 00:00:00");
+}
+
+// Found once for a whole order, the fields are still named in any case, and a name the table lacks fails
+// only when its cell is written, after the cells before it, as it does when every name is looked up.
+TEST_P(OrderCellsRoundTripTest, FieldsFoundOnceWriteAndFailAsByName)
+{
+    const QStringList names = {"NUMERO", "strada", "nessuno", "prezzo"};
+    const QVector<int> types = {TypeCode::Text, TypeCode::Text, TypeCode::Text, TypeCode::Currency};
+    Recordset table = Recordset::openTable(db(), "movimenti");
+    const QVector<int> indexes = orders::fieldIndexes(table, names);
+    EXPECT_EQ(indexes[2], -1);
+    const struct
+    {
+        QStringList cells;
+        int error;
+    } cases[] = {{{"7", "a", "x", "1,00"}, 3265}, {{"7", "a"}, 0}, {{"7", "a", "", "abc"}, 3265}};
+    for (const auto& [cells, error] : cases) {
+        SCOPED_TRACE(cells.join('|').toStdString());
+        for (bool once : {false, true}) {
+            table.addNew();
+            const auto write = [&] {
+                if (once)
+                    orders::writeCells(table, names, indexes, types, cells, kNow);
+                else
+                    orders::writeCells(table, names, types, cells, kNow);
+            };
+            EXPECT_EQ(common::test::errorNumberOf(write), error);
+            table.cancelUpdate();
+        }
+    }
+    const QStringList badFirst = {"7", "a", "abc", "1,00"};
+    const QVector<int> moneyFirst = {TypeCode::Text, TypeCode::Text, TypeCode::Currency, TypeCode::Currency};
+    table.addNew();
+    EXPECT_EQ(common::test::errorNumberOf(
+                  [&] { orders::writeCells(table, names, indexes, moneyFirst, badFirst, kNow); }),
+              common::test::TypeMismatch);
+    table.cancelUpdate();
+
+    table.addNew();
+    orders::writeCells(table, names.mid(0, 2), indexes.mid(0, 2), types, {"8", "Via Roma"}, kNow);
+    table.update();
+    const Recordset saved = Recordset::open(db(), "select numero, Strada from movimenti");
+    EXPECT_EQ(saved.text("numero"), "8");
+    EXPECT_EQ(saved.text("strada"), "Via Roma");
 }
 
 XV_INSTANTIATE_FOR_ENGINES(OrderCellsRoundTripTest);
