@@ -71,8 +71,8 @@ void frm_Commissioni::tbComandiDocumento_ButtonClick(QAction* button)
             if (!holder.isEmpty() && holder != QLatin1String("Errore")) {
                 host::Dialogs::message(QStringLiteral("Attenzione, il documento N° ") +
                                            m_ui->txt_numeroCommissione->text() + QLatin1Char('\\') +
-                                           m_order.serie +
-                                           QStringLiteral(" è in uso e non può essere eliminato: ") + holder,
+                                           m_order.serie + QStringLiteral(" non può essere eliminato.\n") +
+                                           holder,
                                        host::Buttons::Ok, host::Icon::Information, h.GetAppTitle());
                 return; // the hourglass stays until the next command, as it always has here
             }
