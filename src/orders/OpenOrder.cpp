@@ -15,13 +15,6 @@ using data::sqlEscape;
 
 namespace {
 
-// The one condition that picks the rows of an order and nothing else.
-QString keyCondition(const OrderKey& key)
-{
-    return QStringLiteral("documento='") + sqlEscape(key.documento) + QStringLiteral("' and numero='") +
-           sqlEscape(key.numero) + QStringLiteral("' and serie='") + sqlEscape(key.serie) + QLatin1Char('\'');
-}
-
 common::Money requiredMoney(const Recordset& rs, const QString& field)
 {
     if (rs.isNull(field))
@@ -75,6 +68,12 @@ int indexIn(const QString& text, int count)
 
 } // namespace
 
+QString orderKeyCondition(const OrderKey& key)
+{
+    return QStringLiteral("documento='") + sqlEscape(key.documento) + QStringLiteral("' and numero='") +
+           sqlEscape(key.numero) + QStringLiteral("' and serie='") + sqlEscape(key.serie) + QLatin1Char('\'');
+}
+
 QString ordersByNumberSql(const QString& number, int year)
 {
     return QStringLiteral("select commissione, serie, documento from mov_co where commissione='") +
@@ -84,7 +83,7 @@ QString ordersByNumberSql(const QString& number, int year)
 
 QString orderLinesSql(const OrderKey& key)
 {
-    return QStringLiteral("select * from movimenti where ") + keyCondition(key) +
+    return QStringLiteral("select * from movimenti where ") + orderKeyCondition(key) +
            QStringLiteral(" order by rowid");
 }
 
@@ -92,7 +91,7 @@ QString orderSumsSql(const OrderKey& key)
 {
     return QStringLiteral("select sum(prezzo2) as TotaleAcconto, sum(totale) as TotaleCommissione "
                           "from movimenti where ") +
-           keyCondition(key);
+           orderKeyCondition(key);
 }
 
 std::optional<OrderKey> findOrderByNumber(host::IHost& host, const QString& number, int year)

@@ -62,6 +62,9 @@ struct OpenOrder
     OrderKey orderKey() const { return {documento, numero, serie}; }
 };
 
+// The condition that picks the rows of one order and of nothing else: its document type, number and series.
+QString orderKeyCondition(const OrderKey& key);
+
 // The orders, of an order document type, with this number in the year or the year before.
 QString ordersByNumberSql(const QString& number, int year);
 // The rows of one order, by their row keys, so that both engines give the lines in the same order.

@@ -16,16 +16,9 @@ namespace xv::orders {
 
 using common::ErrorNumber;
 using common::RuntimeError;
-using data::sqlEscape;
 using namespace lines;
 
 namespace {
-
-QString keyCondition(const OrderKey& key)
-{
-    return QStringLiteral("documento='") + sqlEscape(key.documento) + QStringLiteral("' and numero='") +
-           sqlEscape(key.numero) + QStringLiteral("' AND serie='") + sqlEscape(key.serie) + QLatin1Char('\'');
-}
 
 // A date the header holds, as a date cell: a date shown the short way, anything else as it stands (an
 // empty one stays empty, and the write rule makes it the moment of writing).
@@ -157,12 +150,12 @@ QString counterNumberSql(qint32 idnumeratore)
 
 QString removeOrderSql(const OrderKey& key)
 {
-    return QStringLiteral("delete from movimenti where ") + keyCondition(key);
+    return QStringLiteral("delete from movimenti where ") + orderKeyCondition(key);
 }
 
 QString orderExistsSql(const OrderKey& key)
 {
-    return QStringLiteral("select rowid from movimenti where ") + keyCondition(key);
+    return QStringLiteral("select rowid from movimenti where ") + orderKeyCondition(key);
 }
 
 qint32 gridOrderKey(const GridRows& grid)

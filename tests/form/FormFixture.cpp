@@ -116,6 +116,29 @@ void FormTest::addLine(const QString& code, const QString& quantity)
     m_form->tbComandiRighe_ButtonClick(linesButton(1));
 }
 
+void FormTest::addShopArticles()
+{
+    addArticle("BOM001", "Bomboniera in porcellana", 800000, 100, 90);
+    addArticle("CNF002", "Confetti alla mandorla", 150000, 50, 40);
+    addArticle("SCT003", "Scatolina in latta", 20000, 20, 20);
+}
+
+form::frm_Commissioni& FormTest::completeOrder(std::initializer_list<const char*> quantities)
+{
+    addShopArticles();
+    form::frm_Commissioni& form = startOrder();
+    field("txt_telefono")->setText("0831 123456");
+    field("txt_tipoEvento")->setText("Matrimonio");
+    field("txt_dataRitiro")->setText("20/06/2027");
+    const char* codes[] = {"BOM001", "CNF002", "SCT003"};
+    int i = 0;
+    for (const char* quantity : quantities)
+        addLine(codes[i++ % 3], quantity);
+    field("txt_Acconto")->setText("10");
+    field("txt_frase")->setText("Con affetto");
+    return form;
+}
+
 void FormTest::type(const char* name, const QString& text)
 {
     QLineEdit* box = field(name);

@@ -59,6 +59,11 @@ protected:
     // The entry fields as the operator leaves them for an article: its code loaded, a quantity typed.
     void fillLine(const QString& code, const QString& quantity);
     void addLine(const QString& code, const QString& quantity);
+    // The shop's three articles the order tests sell: BOM001 at 80, CNF002 at 15 and SCT003 at 2.
+    void addShopArticles();
+    // A new order, number 8 of this year, with a line for each quantity (the three articles in turn), a
+    // deposit of 10, the cards' phrase and its header filled so that every check passes.
+    form::frm_Commissioni& completeOrder(std::initializer_list<const char*> quantities = {"1", "2", "3"});
 
     // Types into a field as the operator does: the field takes the focus, the text is replaced.
     void type(const char* name, const QString& text);

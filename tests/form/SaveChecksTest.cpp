@@ -17,18 +17,6 @@ using form::frm_Commissioni;
 
 class SaveChecksTest : public test::FormTest
 {
-protected:
-    // A new order that passes every check once its deposit is within the total of 80,00.
-    frm_Commissioni& completeOrder()
-    {
-        addArticle("BOM001", "Bomboniera in porcellana", 800000);
-        frm_Commissioni& form = startOrder();
-        field("txt_telefono")->setText("0831 123456");
-        field("txt_tipoEvento")->setText("Matrimonio");
-        field("txt_dataRitiro")->setText("20/06/2027");
-        addLine("BOM001", "1");
-        return form;
-    }
 };
 
 TEST_P(SaveChecksTest, NoNameAndNoTelephoneShowsOnlyTheNameMessageAndGoesToTheName)
@@ -49,7 +37,7 @@ TEST_P(SaveChecksTest, NoNameAndNoTelephoneShowsOnlyTheNameMessageAndGoesToTheNa
 TEST_P(SaveChecksTest, ADepositOverTheTotalShowsTheDifferenceAndGoesToTheDeposit)
 {
     test::ScriptedDialogs dialogs;
-    frm_Commissioni& form = completeOrder();
+    frm_Commissioni& form = completeOrder({"1"});
     ASSERT_EQ(text("txt_Totale"), common::Money::fromInteger(80).toCurrencyText());
     field("txt_Acconto")->setText("100");
     field("txt_codice")->setFocus();
@@ -65,7 +53,7 @@ TEST_P(SaveChecksTest, ADepositOverTheTotalShowsTheDifferenceAndGoesToTheDeposit
 TEST_P(SaveChecksTest, ACompleteOrderPassesWithTheOperatorAsItsUser)
 {
     test::ScriptedDialogs noBoxes;
-    frm_Commissioni& form = completeOrder();
+    frm_Commissioni& form = completeOrder({"1"});
     field("txt_rowidUtente")->clear();
     field("txt_Acconto")->setText("80");
     EXPECT_TRUE(form.CheckPreSalvataggio());

@@ -49,28 +49,6 @@ struct Attempt
 class SaveSafetyTest : public test::FormTest
 {
 protected:
-    // A new order of three lines, its header filled so that every check passes.
-    void typeOrder()
-    {
-        addArticles();
-        startOrder();
-        field("txt_telefono")->setText("0831 123456");
-        field("txt_tipoEvento")->setText("Matrimonio");
-        field("txt_dataRitiro")->setText("20/06/2027");
-        addLine("BOM001", "1");
-        addLine("CNF002", "2");
-        addLine("SCT003", "3");
-        field("txt_Acconto")->setText("10");
-        field("txt_frase")->setText("Con affetto");
-    }
-
-    void addArticles()
-    {
-        addArticle("BOM001", "Bomboniera in porcellana", 800000, 100, 90);
-        addArticle("CNF002", "Confetti alla mandorla", 150000, 50, 40);
-        addArticle("SCT003", "Scatolina in latta", 20000, 20, 20);
-    }
-
     // Every row of the tables a write touches, every column, in key order.
     QStringList storedRows()
     {
@@ -222,7 +200,7 @@ protected:
     // The order saved, collected, and shown again ready to be changed.
     void collectedOrderOnScreen()
     {
-        typeOrder();
+        completeOrder();
         ASSERT_TRUE(attempt(Command::Save, 0).completed);
         db().executeBound(QStringLiteral("update movimenti set StatoRiga='RITIRATO' where numero='8'"));
         ASSERT_TRUE(m_form->Flex_CaricaDocumento(m_form->order().orderKey()));
@@ -239,7 +217,7 @@ protected:
 
 TEST_P(SaveSafetyTest, AFailureAtAnyStatementOfSavingANewOrderLeavesEverythingAsItWas)
 {
-    typeOrder();
+    completeOrder();
     failEveryStatement(Command::Save);
     EXPECT_EQ(count("select count(*) from movimenti where numero='8'"), 3);
     EXPECT_EQ(count("select numero from numeratori where codtipodoc='CO' order by serie desc"), 8);
@@ -264,7 +242,7 @@ TEST_P(SaveSafetyTest, AFailureAtAnyStatementOfDeletingAnOrderLeavesEverythingAs
 
 TEST_P(SaveSafetyTest, SavingIntoADatabaseThatCannotBeWrittenSaysSoAndKeepsTheOrder)
 {
-    typeOrder();
+    completeOrder();
     refusedUntilMended("Il database è in sola lettura", [this](bool on) { test::setReadOnly(db(), on); });
 }
 
@@ -353,7 +331,7 @@ protected:
 
 TEST_P(HostileTextTest, TextOfAnyKindIsSavedAndReadBackAsTyped)
 {
-    addArticles();
+    addShopArticles();
     openNewOrder(7);
     activate();
     for (const auto& [what, text] : kHostileTexts) {
@@ -383,7 +361,7 @@ TEST_P(HostileTextTest, TextOfAnyKindIsSavedAndReadBackAsTyped)
 // is written; in a lookup it is passed over.
 TEST_P(HostileTextTest, ANulIsRefusedNamingItsFieldBeforeAnythingIsWritten)
 {
-    addArticles();
+    addShopArticles();
     openNewOrder(7);
     activate();
     typeOrderWith(QStringLiteral("Rossi Maria"));
@@ -433,7 +411,7 @@ TEST_P(HostileTextTest, ANulIsRefusedNamingItsFieldBeforeAnythingIsWritten)
 // The toolbar's button takes no focus: the field typed in last is still being typed in when saving starts.
 TEST_P(HostileTextTest, ACustomersNameTypedLastIsTheOneSaved)
 {
-    addArticles();
+    addShopArticles();
     openNewOrder(7);
     activate();
     typeOrderWith(QStringLiteral("Rossi Maria"));
@@ -456,7 +434,7 @@ class FullDiskSaveTest : public SaveSafetyTest
 
 TEST_P(FullDiskSaveTest, SavingOntoAFullDiskSaysSoAndKeepsTheOrder)
 {
-    typeOrder();
+    completeOrder();
     // References long enough that the order's rows cannot fit in the room the file's pages have left.
     field("txt_Riferimenti")->setText(QString(3000, u'R'));
     db().executeBound("VACUUM");

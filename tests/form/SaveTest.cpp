@@ -23,25 +23,6 @@ using form::frm_Commissioni;
 class SaveTest : public test::FormTest
 {
 protected:
-    // A new order, number 8 of this year, with a line for each quantity, a deposit of 10 and its header
-    // filled so that every check passes.
-    frm_Commissioni& completeOrder(std::initializer_list<const char*> quantities = {"1", "2", "3"})
-    {
-        addArticle("BOM001", "Bomboniera in porcellana", 800000, 100, 90);
-        addArticle("CNF002", "Confetti alla mandorla", 150000, 50, 40);
-        addArticle("SCT003", "Scatolina in latta", 20000, 20, 20);
-        frm_Commissioni& form = startOrder();
-        field("txt_telefono")->setText("0831 123456");
-        field("txt_tipoEvento")->setText("Matrimonio");
-        field("txt_dataRitiro")->setText("20/06/2027");
-        const char* codes[] = {"BOM001", "CNF002", "SCT003"};
-        int i = 0;
-        for (const char* quantity : quantities)
-            addLine(codes[i++ % 3], quantity);
-        field("txt_Acconto")->setText("10");
-        return form;
-    }
-
     QString scalar(const QString& sql)
     {
         QSqlQuery q = db().executeBound(sql);
