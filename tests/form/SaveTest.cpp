@@ -23,11 +23,7 @@ using form::frm_Commissioni;
 class SaveTest : public test::FormTest
 {
 protected:
-    QString scalar(const QString& sql)
-    {
-        QSqlQuery q = db().executeBound(sql);
-        return q.next() ? q.value(0).toString() : QStringLiteral("<none>");
-    }
+    QString scalar(const QString& sql) { return test::scalar(db(), sql); }
     int orderRows(const QString& numero)
     {
         return scalar(QStringLiteral("select count(*) from movimenti where documento='COMM' and numero='%1' "

@@ -4,6 +4,7 @@
 #include "FormFixture.h"
 #include "PrivateServer.h"
 #include "ScriptedDialogs.h"
+#include "TestOrders.h"
 
 #include "common/Money.h"
 #include "form/frm_Commissioni.h"
@@ -30,11 +31,7 @@ protected:
         FormTest::SetUp();
     }
 
-    QString scalar(const QString& sql)
-    {
-        QSqlQuery q = db().executeBound(sql);
-        return q.next() ? q.value(0).toString() : QStringLiteral("<none>");
-    }
+    QString scalar(const QString& sql) { return test::scalar(db(), sql); }
     // Everything the operator typed and the lines hold.
     QStringList onScreen() const
     {

@@ -72,11 +72,7 @@ protected:
         m_counter = scalar("select idnumeratore from numeratori").toInt();
     }
     data::Database& db() { return m_host->GetConnection(); }
-    QString scalar(const QString& sql)
-    {
-        QSqlQuery q = db().executeBound(sql);
-        return q.next() ? q.value(0).toString() : QString();
-    }
+    QString scalar(const QString& sql) { return test::scalar(db(), sql); }
     QStringList names(const QString& numero)
     {
         QStringList found;

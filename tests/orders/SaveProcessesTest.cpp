@@ -2,6 +2,7 @@
 // Saving from several processes at once, and from one killed half-way: the workstations are child
 // processes (save_child) saving through the program's own code on one database.
 #include "TestDatabase.h"
+#include "TestOrders.h"
 
 #include "data/Database.h"
 #include "host/Host.h"
@@ -20,6 +21,7 @@
 namespace {
 
 using namespace xv;
+using test::scalar;
 
 // A workstation in a child process, driven one command at a time.
 class Workstation
@@ -69,12 +71,6 @@ public:
 private:
     QProcess m_process;
 };
-
-QString scalar(data::Database& db, const QString& sql, const QVariantList& values = {})
-{
-    QSqlQuery q = db.executeBound(sql, values);
-    return q.next() ? q.value(0).toString() : QString();
-}
 
 // The schema and this year's first counter, as the program sets up a new shop's database.
 void prepare(host::HostOptions options)

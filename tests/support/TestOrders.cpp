@@ -5,6 +5,8 @@
 #include "data/Database.h"
 #include "data/Recordset.h"
 
+#include <QSqlQuery>
+
 namespace xv::test {
 
 namespace {
@@ -52,6 +54,12 @@ int addOrderLine(data::Database& db, const QString& numero, const QDate& datadoc
     }
     t.update();
     return t.value(QStringLiteral("rowid")).toInt();
+}
+
+QString scalar(data::Database& db, const QString& sql, const QVariantList& values)
+{
+    QSqlQuery q = db.executeBound(sql, values);
+    return q.next() ? q.value(0).toString() : QStringLiteral("<none>");
 }
 
 void addCounter(data::Database& db, int year, int lastNumber)

@@ -24,4 +24,7 @@ int addOrderLine(data::Database& db, const QString& numero, const QDate& datadoc
 
 void addCounter(data::Database& db, int year, int lastNumber);
 
+// The first column of the first row an SQL text of our own gives, as text; "<none>" when it gives no row.
+QString scalar(data::Database& db, const QString& sql, const QVariantList& values = {});
+
 } // namespace xv::test
