@@ -15,6 +15,7 @@ enum class ErrorNumber : int
     Overflow = 6,
     TypeMismatch = 13,
     InvalidUseOfNull = 94,
+    PathNotFound = 76,
     InvalidPropertyValue = 380,
     ActionNotSupported = 445,
     FieldNotFound = 3265,

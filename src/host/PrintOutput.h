@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+#include <memory>
+
+class QPrinter;
+
+namespace xv::host {
+
+class IHost;
+
+// Where a printed document goes. Setting "Stampante" of section "STAMPA" (store "eKELA") names it:
+// empty for the system's default printer, "PDF" for a PDF file, or a printer's own name. When the
+// printer asked for is not installed, the document is written as a PDF file in the folder of setting
+// "CartellaPDF" (default: the "stampe" folder of the data folder), so that a shop without a printer
+// still gets its paper, and the operator is told where it is.
+class PrintOutput
+{
+public:
+    // documentName: the job's name in the printer's queue, and the start of the PDF file's name.
+    PrintOutput(IHost& host, const QString& documentName);
+    ~PrintOutput();
+    PrintOutput(const PrintOutput&) = delete;
+    PrintOutput& operator=(const PrintOutput&) = delete;
+
+    QPrinter& printer() { return *m_printer; }
+    bool toPdf() const { return !m_pdfPath.isEmpty(); }
+    // The file being written; empty when the document goes to a printer.
+    const QString& pdfPath() const { return m_pdfPath; }
+    // The printer's name; empty for a PDF file.
+    const QString& printerName() const { return m_printerName; }
+    // What to tell the operator once the document is done: where the PDF file is, and why it is not on
+    // paper. Empty when the document went to a printer.
+    QString notice() const;
+
+private:
+    std::unique_ptr<QPrinter> m_printer;
+    QString m_pdfPath;
+    QString m_printerName;
+    QString m_missingPrinter; // the printer asked for that is not installed ("" for the default one)
+    bool m_pdfAskedFor = false;
+};
+
+// The folder PDF files are written into, ending in a separator; made when missing.
+QString pdfFolder(IHost& host);
+
+} // namespace xv::host
