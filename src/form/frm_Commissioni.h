@@ -134,6 +134,26 @@ public:
     bool reorderMailAllowed() const { return m_reorderMail; }
     const QString& reorderQuestionText() const { return m_reorderQuestion; }
 
+    // --- reorder mail
+    // Offers the list of all agents; whichever is picked, the mail goes to the agent of the article panel.
+    void btn_SendMail_Click();
+    void tAgenti_Click(int index);
+
+    // --- printing: the order statement
+    // Prints the statement of the open order and marks all its lines collected; true when both were done.
+    bool Documento_StampaRicevutaRitiro();
+
+    // --- printing: control slips, change of state, cards list
+    void tbComandi_ButtonMenuClick(QAction* entry);
+    // Moves the orders the operator chooses from one state to the other; prints nothing.
+    void Documenti_StampaCControllo(const QString& fromState, const QString& toState);
+    void Documenti_CO_StampaControllo();
+    // 1: all lines of the open order; 2: the orders chosen; otherwise the line selected in the grid.
+    void Documento_StampaCControllo(qint16 mode);
+    void Documento_StampaBigliettini();
+    // A click on a status-bar panel, numbered from 1.
+    void sBar_PanelClick(int panel);
+
     // --- text fields: every text box of the form comes through these
     void TextBox_GotFocus(QLineEdit* box);
     // True when the key was used up here (Enter, which moves on or adds the line).

@@ -153,4 +153,8 @@ void frm_Commissioni::InviaRiordino()
         host::Buttons::Ok, host::Icon::Information, host::host().GetAppTitle());
 }
 
+void frm_Commissioni::btn_SendMail_Click() {}
+
+void frm_Commissioni::tAgenti_Click(int) {}
+
 } // namespace xv::form

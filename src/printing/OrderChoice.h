@@ -1,0 +1,5 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+namespace xv::printing {
+} // namespace xv::printing
