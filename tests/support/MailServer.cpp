@@ -84,6 +84,7 @@ QVector<ReceivedMail> MailServer::received() const
         for (const QJsonValue& h : o.value(QLatin1String("headers")).toArray())
             mail.headers.insert(h.toArray().at(0).toString(), h.toArray().at(1).toString());
         mail.crlfLines = o.value(QLatin1String("raw_lines_crlf")).toBool();
+        mail.dateValid = o.value(QLatin1String("date_valid")).toBool();
         mails << mail;
     }
     return mails;

@@ -22,6 +22,7 @@ struct ReceivedMail
     QString body;
     QMap<QString, QString> headers;
     bool crlfLines = false; // every line of the message as sent ended in CR LF
+    bool dateValid = false; // the Date header reads as a date
 };
 
 // A mail server of one test's own (tests/support/smtp_server.py, on Debian's python3-aiosmtpd) on a free

@@ -51,6 +51,7 @@ class Keeper:
             "subject": str(parsed["subject"]),
             "body": parsed.get_content(),
             "headers": [[name, str(value)] for name, value in parsed.items()],
+            "date_valid": getattr(parsed["date"], "datetime", None) is not None,
             "raw_lines_crlf": all(line.endswith(b"\r\n") for line in raw.splitlines(keepends=True)),
         }
         with open(base + ".tmp", "w", encoding="utf-8") as out:
