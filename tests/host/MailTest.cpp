@@ -4,11 +4,13 @@
 #include "TestDatabase.h"
 
 #include "host/Host.h"
+#include "host/Mail.h"
 
 #include <QCursor>
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
+#include <QRegularExpression>
 #include <QTimer>
 
 #include <gtest/gtest.h>
@@ -73,7 +75,15 @@ TEST_P(MailTest, TheMessageArrivesWithItsSubjectBodyAndRecipientsIntact)
     EXPECT_EQ(mail.headers.value("MIME-Version"), "1.0");
     // As the server's parser writes the header back.
     EXPECT_EQ(mail.headers.value("Content-Type"), "text/plain; charset=\"UTF-8\"");
-    EXPECT_TRUE(mail.dateValid) << mail.headers.value("Date").toStdString();
+    // In English whatever the machine's language, as the standard wants.
+    EXPECT_TRUE(mail.dateValid);
+    EXPECT_TRUE(
+        QRegularExpression(
+            "^(Mon|Tue|Wed|Thu|Fri|Sat|Sun), \\d\\d "
+            "(Jan|Feb|Mar|Apr|May|Jun|Jul|Aug|Sep|Oct|Nov|Dec) \\d{4} \\d\\d:\\d\\d:\\d\\d [+-]\\d{4}$")
+            .match(mail.headers.value("Date"))
+            .hasMatch())
+        << mail.headers.value("Date").toStdString();
     EXPECT_FALSE(mail.headers.value("Message-ID").isEmpty());
     EXPECT_TRUE(mail.crlfLines);
     EXPECT_TRUE(outbox().isEmpty());
@@ -218,5 +228,38 @@ TEST_P(MailTest, BadMailSettingsOrAddressesSendNothingAndSaySo)
 }
 
 XV_INSTANTIATE_FOR_ENGINES(MailTest);
+
+TEST(MailSettingsTest, TheSecurityChosenGivesTheSchemeAndTheUsualPort)
+{
+    struct Case
+    {
+        const char* server;
+        const char* sicurezza;
+        const char* porta;
+        const char* url; // empty: the security is not understood
+    };
+    const Case cases[] = {
+        {"posta.esempio.it", "", "", "smtp://posta.esempio.it:25"},
+        {"posta.esempio.it", "nessuna", "2525", "smtp://posta.esempio.it:2525"},
+        {"posta.esempio.it", "starttls", "", "smtp://posta.esempio.it:587"},
+        {"posta.esempio.it", " TLS ", "", "smtps://posta.esempio.it:465"},
+        {"::1", "SSL", "4650", "smtps://[::1]:4650"},
+        {"posta.esempio.it", "SSL3", "", ""},
+    };
+    for (const Case& c : cases) {
+        const host::MailSettings s =
+            host::MailSettings::read([&](const QString&, const QString& key, const QString&) {
+                return key == "Server"      ? c.server
+                       : key == "Sicurezza" ? c.sicurezza
+                       : key == "Porta"     ? c.porta
+                                            : "";
+            });
+        EXPECT_EQ(s.security ? s.url() : QString(), c.url) << c.sicurezza;
+        if (QString(c.sicurezza).contains("tls", Qt::CaseInsensitive)) {
+            EXPECT_EQ(s.security == host::MailSecurity::StartTls, QString(c.sicurezza).contains("start"))
+                << c.sicurezza;
+        }
+    }
+}
 
 } // namespace
