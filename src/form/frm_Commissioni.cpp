@@ -36,6 +36,7 @@ frm_Commissioni::frm_Commissioni(QWidget* parent)
 {
     m_ui->setupUi(this);
     setupControls();
+    setupReorderMail();
     restorePlacement();
 }
 

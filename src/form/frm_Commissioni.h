@@ -138,6 +138,8 @@ public:
     // Offers the list of all agents; whichever is picked, the mail goes to the agent of the article panel.
     void btn_SendMail_Click();
     void tAgenti_Click(int index);
+    QMenu* mAgenti() const { return m_mAgenti; }
+    MenuItemArray& tAgenti() { return *m_tAgenti; }
 
     // --- printing: the order statement
     // Prints the statement of the open order and marks all its lines collected; true when both were done.
@@ -297,6 +299,10 @@ private:
     QString m_reorderQuestion;
     QString m_mailCode;
     QString m_mailDescription;
+    // The agents' pop-up list of the reorder mail button.
+    void setupReorderMail();
+    QMenu* m_mAgenti = nullptr;
+    std::unique_ptr<MenuItemArray> m_tAgenti;
     // The text box that has the focus, the look it had before it took the active colour, and a box
     // whose leaving has already been handled (by Enter) before its focus actually moves.
     QPointer<QLineEdit> m_fieldWithFocus;

@@ -8,8 +8,11 @@
 #include "host/Services.h"
 #include "lines/ArticleInfo.h"
 #include "lines/FlexGrid.h"
+#include "lines/ReorderMail.h"
 
+#include <QCursor>
 #include <QLabel>
+#include <QMenu>
 #include <QPushButton>
 
 namespace xv::form {
@@ -147,14 +150,55 @@ void frm_Commissioni::CheckQtaMED()
 
 void frm_Commissioni::InviaRiordino()
 {
-    // Until the shop's mail is set up, say so plainly rather than let the operator believe a mail went.
-    host::Dialogs::message(
-        QStringLiteral("Invio della mail non ancora configurato: nessuna mail è stata inviata."),
-        host::Buttons::Ok, host::Icon::Information, host::host().GetAppTitle());
+    host::IHost& h = host::host();
+    // No agent on the panel: nobody to write to, and nothing to say.
+    const std::optional<lines::ReorderMail> mail =
+        lines::reorderMail({m_panel.agentName, m_panel.agentEmail, m_mailCode, m_mailDescription,
+                            m_missingQuantity, m_ui->txt_dataRitiro1->text(), h.GetDataName(),
+                            h.GetMailFooter()});
+    if (!mail)
+        return;
+    QString result;
+    h.SendMail(mail->recipient, mail->subject, mail->body, QString(), QString(), result);
+    host::Dialogs::message(result, host::Buttons::Ok, host::Icon::Information, h.GetAppTitle());
 }
 
-void frm_Commissioni::btn_SendMail_Click() {}
+namespace {
+const QString kAgentsSql = QStringLiteral(
+    "select distinct ragsoc,email from controparti where tipocontroparte='A' order by ragsoc asc");
+} // namespace
 
-void frm_Commissioni::tAgenti_Click(int) {}
+void frm_Commissioni::setupReorderMail()
+{
+    m_mAgenti = new QMenu(this);
+    m_mAgenti->setObjectName(QStringLiteral("mAgenti"));
+    m_tAgenti = std::make_unique<MenuItemArray>(m_mAgenti, QStringLiteral("tAgenti"),
+                                                [this](int index) { tAgenti_Click(index); });
+    connect(m_ui->btn_SendMail, &QPushButton::clicked, this, &frm_Commissioni::btn_SendMail_Click);
+}
+
+void frm_Commissioni::btn_SendMail_Click()
+{
+    try {
+        host::host().FillMenuFromQuery(*m_tAgenti, kAgentsSql, QStringLiteral("RAGSOC"),
+                                       QStringLiteral("EMAIL"));
+        m_mAgenti->popup(QCursor::pos());
+    } catch (...) {
+        host::host().ReportError(QStringLiteral("frm_Commissioni.btn_SendMail_Click"), QString(), true);
+    }
+}
+
+void frm_Commissioni::tAgenti_Click(int index)
+{
+    try {
+        // The agent picked is read and deliberately not used: the mail goes to the agent of the panel.
+        const QAction* picked = m_tAgenti->item(index);
+        [[maybe_unused]] const QString name = picked->text();
+        [[maybe_unused]] const QString email = tagOf(picked);
+        InviaRiordino();
+    } catch (...) {
+        host::host().ReportError(QStringLiteral("frm_Commissioni.tAgenti_Click"), QString(), true);
+    }
+}
 
 } // namespace xv::form

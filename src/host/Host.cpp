@@ -9,6 +9,7 @@
 #include "data/SqliteFile.h"
 #include "demo/DemoData.h"
 #include "host/Dialogs.h"
+#include "host/Mail.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -425,9 +426,16 @@ void Host::FillMenuFromQuery(MenuArray& menu, const QString& sql, const QString&
         menu.setItem(index, rs.text(captionField), rs.text(tagField));
 }
 
-void Host::SendMail(const QString&, const QString&, const QString&, const QString&, const QString&, QString&)
+void Host::SendMail(const QString& recipient, const QString& subject, const QString& body, const QString& copy,
+                    const QString& blindCopy, QString& result)
 {
-    throw RuntimeError::notSupported(QStringLiteral("SendMail"));
+    const MailSettings settings = MailSettings::read(
+        [this](const QString& section, const QString& key, const QString& defaultValue) {
+            return GetSetting(section, key, defaultValue, kSuiteStore);
+        });
+    const MailMessage mail{settings.sender,          splitAddresses(recipient), splitAddresses(copy),
+                           splitAddresses(blindCopy), subject,                   body};
+    result = sendMail(settings, QDir(GetDataPath()).filePath(QStringLiteral("outbox")), mail);
 }
 
 QString Host::GetMailFooter()

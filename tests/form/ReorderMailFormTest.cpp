@@ -1,0 +1,172 @@
+// SPDX-License-Identifier: MIT
+// The reorder mail from the real form offscreen, sent to a real mail server on loopback.
+#include "FormFixture.h"
+#include "MailServer.h"
+#include "ScriptedDialogs.h"
+#include "TestOrders.h"
+
+#include "form/FormAdapters.h"
+
+#include <QLabel>
+#include <QMenu>
+#include <QPushButton>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace xv;
+using data::Recordset;
+
+class ReorderMailFormTest : public test::FormTest
+{
+protected:
+    // Two agents, the second the agent of a supplier who sold A5; a customer, who is no agent; A5 with
+    // 5 in stock and the stock check on.
+    void addShop(bool withSupplier = true)
+    {
+        db().execute("insert into controparti (tipocontroparte, ragsoc, Email) values "
+                     "('A', 'Amato Rita', 'rita@esempio.it'), ('A', 'Bianchi Luca', 'luca@esempio.it'), "
+                     "('C', 'Cliente Carla', 'carla@esempio.it')");
+        addArticle("A5", "Cuore d'argento", 25000, 5, 5);
+        if (withSupplier) {
+            const int agentId =
+                Recordset::open(db(), "select rowid from controparti where ragsoc='Bianchi Luca'")
+                    .value("rowid")
+                    .toInt();
+            db().executeBound(
+                "insert into controparti (tipocontroparte, ragsoc, codagente) values ('F', 'Fornitore', ?)",
+                {agentId});
+            const int supplierId =
+                Recordset::open(db(), "select max(rowid) as id from controparti").value("id").toInt();
+            test::addOrderLine(db(), "3", QDate(m_year - 1, 1, 10),
+                               {{"Tipomovimento", "CF"},
+                                {"documento", "DDTF"},
+                                {"rowid_controparti", supplierId},
+                                {"codice_med", "A5"},
+                                {"qta", 50}});
+        }
+        m_host->SaveSetting("COMM", "CheckQtaMED", "1", "docs");
+    }
+    // The article typed and 8 asked, which is 3 more than the stock: the question comes.
+    // reply: the box expected after the question, if any.
+    void askForEight(test::ScriptedDialogs& dialogs, host::Answer answer, const QString& reply = {},
+                     const QString& pickUp = "20/06/2026")
+    {
+        startOrder();
+        field("txt_dataRitiro1")->setText(pickUp);
+        type("txt_codice", "A5");
+        pressEnter("txt_codice");
+        dialogs.expectMessage("Inviare una Mail per la fornitura ?", answer);
+        if (!reply.isEmpty())
+            dialogs.expectMessage(reply);
+        type("txt_qta", "8");
+        pressEnter("txt_qta");
+    }
+    // The mail button's list of agents, and a pick of one of them.
+    QStringList openAgentsList()
+    {
+        QPushButton* button = m_form->findChild<QPushButton*>("btn_SendMail");
+        EXPECT_TRUE(button->isEnabled());
+        QTest::mouseClick(button, Qt::LeftButton);
+        QStringList shown;
+        for (QAction* item : m_form->mAgenti()->actions())
+            shown << item->text() + " " + form::tagOf(item);
+        EXPECT_TRUE(m_form->mAgenti()->isVisible());
+        return shown;
+    }
+    void pick(int index)
+    {
+        m_form->tAgenti().item(index)->trigger();
+        m_form->mAgenti()->hide();
+    }
+};
+
+TEST_P(ReorderMailFormTest, TheStockQuestionsYesMailsTheReorderToThePanelsAgent)
+{
+    test::MailServer server;
+    XV_REQUIRE_MAIL_SERVER(server);
+    test::useMailServer(*m_host, server.port());
+    addShop();
+    test::ScriptedDialogs dialogs;
+    askForEight(dialogs, host::Answer::Yes, "Mail inviata a luca@esempio.it");
+
+    ASSERT_EQ(dialogs.messages().size(), 2);
+    EXPECT_EQ(dialogs.messages()[1].text, "Mail inviata a luca@esempio.it");
+    EXPECT_EQ(dialogs.messages()[1].icon, host::Icon::Information);
+    EXPECT_EQ(dialogs.messages()[1].title, m_host->GetAppTitle());
+    const QVector<test::ReceivedMail> received = server.received();
+    ASSERT_EQ(received.size(), 1);
+    EXPECT_EQ(received[0].recipients, QStringList{"luca@esempio.it"});
+    EXPECT_EQ(received[0].mailFrom, "negozio@esempio.it");
+    EXPECT_EQ(received[0].subject, "Riordino Articolo: A5");
+    const QString signature = m_host->GetDataName() + m_host->GetMailFooter();
+    // The body as sent, less the line break that ends every message.
+    EXPECT_EQ(received[0].body.chopped(2),
+              "Salve Sig. Bianchi Luca, \r\n"
+              "Richiediamo il Riordino delle quantità mancanti per l'articolo in "
+              "oggetto\r\n"
+              "\r\n"
+              "Di seguito i Dettagli: \r\n"
+              "- Codice Articolo       : A5\r\n"
+              "- Descrizione Articolo  : Cuore d'argento\r\n"
+              "- Quantita' da ordinare : 3\r\n"
+              "- Data Consegna merce   : mercoledì, 10 giugno 2026\r\n"
+              "Cordiali Saluti,\r\n" +
+                  QString(signature).replace("\n", "\r\n"));
+}
+
+TEST_P(ReorderMailFormTest, WhicheverAgentIsPickedTheMailGoesToThePanelsAgent)
+{
+    test::MailServer server;
+    XV_REQUIRE_MAIL_SERVER(server);
+    test::useMailServer(*m_host, server.port());
+    addShop();
+    test::ScriptedDialogs dialogs;
+    askForEight(dialogs, host::Answer::No);
+
+    EXPECT_EQ(openAgentsList(), QStringList({"Amato Rita rita@esempio.it", "Bianchi Luca luca@esempio.it"}));
+    dialogs.expectMessage("Mail inviata a luca@esempio.it");
+    pick(0);
+    const QVector<test::ReceivedMail> received = server.received();
+    ASSERT_EQ(received.size(), 1);
+    EXPECT_EQ(received[0].recipients, QStringList{"luca@esempio.it"});
+    EXPECT_EQ(received[0].subject, "Riordino Articolo: A5");
+}
+
+TEST_P(ReorderMailFormTest, WithNoAgentOnThePanelNeitherTheQuestionNorTheListSendsAnything)
+{
+    test::MailServer server;
+    XV_REQUIRE_MAIL_SERVER(server);
+    test::useMailServer(*m_host, server.port());
+    addShop(false);
+    test::ScriptedDialogs dialogs;
+    askForEight(dialogs, host::Answer::Yes);
+    ASSERT_EQ(m_form->lblInfo(22)->text(), "");
+    EXPECT_EQ(openAgentsList().size(), 2);
+    pick(1);
+    EXPECT_EQ(dialogs.messages().size(), 1) << "the question only, and no word after it";
+    EXPECT_TRUE(server.received().isEmpty());
+    EXPECT_TRUE(m_host->reported.isEmpty()) << m_host->reported.join('\n').toStdString();
+}
+
+TEST_P(ReorderMailFormTest, AFirstPickUpThatIsNoDateIsReportedByWhereverTheMailWasAskedFor)
+{
+    test::MailServer server;
+    XV_REQUIRE_MAIL_SERVER(server);
+    test::useMailServer(*m_host, server.port());
+    addShop();
+    m_host->keepErrors = true;
+    test::ScriptedDialogs dialogs;
+    askForEight(dialogs, host::Answer::Yes, {}, "dopodomani");
+    EXPECT_EQ(m_host->reported, QStringList{"TextBox_LostFocus|txt_qta"});
+    openAgentsList();
+    pick(1);
+    EXPECT_EQ(m_host->reported, QStringList({"TextBox_LostFocus|txt_qta", "frm_Commissioni.tAgenti_Click|"}));
+    EXPECT_EQ(dialogs.messages().size(), 1);
+    EXPECT_TRUE(server.received().isEmpty());
+}
+
+XV_INSTANTIATE_FOR_ENGINES(ReorderMailFormTest);
+
+} // namespace
