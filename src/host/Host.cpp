@@ -9,6 +9,7 @@
 #include "data/SqliteFile.h"
 #include "demo/DemoData.h"
 #include "host/Dialogs.h"
+#include "host/Report.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -437,9 +438,9 @@ QString Host::GetMailFooter()
                       kSuiteStore);
 }
 
-int Host::PrintReport(const QString&)
+int Host::PrintReport(const QString& sql)
 {
-    throw RuntimeError::notSupported(QStringLiteral("PrintReport"));
+    return printReport(*this, sql);
 }
 
 qint16 Host::numberSetting(const QString& key, qint16 defaultValue)
