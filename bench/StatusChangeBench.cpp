@@ -49,7 +49,8 @@ void changeStateOfFiveHundredOrders(benchmark::State& state)
     }
     host::Host& h = *owned;
     host::setHost(std::move(owned));
-    host::setFormSettings(std::make_unique<host::IniFormSettings>(options.dataPath + QStringLiteral("f.ini")));
+    host::setFormSettings(
+        std::make_unique<host::IniFormSettings>(options.dataPath + QStringLiteral("f.ini")));
     host::setListWindowFactory([] { return std::make_unique<hostui::ListWindow>(); });
     demo::DemoOptions demoOptions;
     demoOptions.orders = kShopOrders;
@@ -111,8 +112,8 @@ void changeStateOfFiveHundredOrders(benchmark::State& state)
     }
     if (unexpected > 0)
         state.SkipWithError("unexpected message box");
-    const QString rows = data::variantText(
-        h.OpenRecordset(QStringLiteral("select count(*) from movimenti")).value(0));
+    const QString rows =
+        data::variantText(h.OpenRecordset(QStringLiteral("select count(*) from movimenti")).value(0));
     state.counters["shop_rows"] = rows.toDouble();
     hostui::ListWindows::setHandler({});
     host::Dialogs::setMessageHandler({});

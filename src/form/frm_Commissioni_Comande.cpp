@@ -4,8 +4,8 @@
 
 #include "ui_frm_Commissioni.h"
 
-#include "common/Dates.h"
 #include "common/Conversions.h"
+#include "common/Dates.h"
 #include "data/Database.h"
 #include "data/Recordset.h"
 #include "host/Dialogs.h"
@@ -34,7 +34,8 @@ namespace {
 class PanelClicks : public QObject
 {
 public:
-    PanelClicks(QObject* parent, std::function<void(int)> clicked) : QObject(parent), m_clicked(std::move(clicked))
+    PanelClicks(QObject* parent, std::function<void(int)> clicked)
+        : QObject(parent), m_clicked(std::move(clicked))
     {
     }
     void watch(QLabel* label, int panel)
@@ -58,7 +59,8 @@ private:
 
 bool askYesNo(const QString& question)
 {
-    return Dialogs::message(question, Buttons::YesNo, Icon::Question, host::host().GetAppTitle()) == Answer::Yes;
+    return Dialogs::message(question, Buttons::YesNo, Icon::Question, host::host().GetAppTitle()) ==
+           Answer::Yes;
 }
 
 // The rows chosen in the last list window as the lists of numbers and series; empty when none came back.
@@ -81,7 +83,8 @@ void frm_Commissioni::setupComandeControls()
 {
     for (QAction* button : {m_ui->act_PRINT, m_ui->act_FIND}) {
         if (QMenu* menu = button->menu())
-            connect(menu, &QMenu::triggered, this, [this](QAction* entry) { tbComandi_ButtonMenuClick(entry); });
+            connect(menu, &QMenu::triggered, this,
+                    [this](QAction* entry) { tbComandi_ButtonMenuClick(entry); });
     }
     auto* clicks = new PanelClicks(this, [this](int panel) { sBar_PanelClick(panel); });
     for (int panel = 1; panel <= m_panels.size(); ++panel)
@@ -106,12 +109,14 @@ void frm_Commissioni::tbComandi_ButtonMenuClick(QAction* entry)
             Documenti_StampaCControllo(QStringLiteral("RITIRATO"), QStringLiteral("EMESSO"));
         } else if (key == QLatin1String("config_comm")) {
             bool confirmed = false;
-            host::listWindow().SelectFromList(key, 1, QStringLiteral("COMMISSIONI - CONFIGURA APP"), confirmed);
+            host::listWindow().SelectFromList(key, 1, QStringLiteral("COMMISSIONI - CONFIGURA APP"),
+                                              confirmed);
             GET_Impostazioni();
         }
         // "REP_DES" and any other key: nothing, as the shop has always had it.
     } catch (...) {
-        host::host().ReportError(QStringLiteral("tbComandi_ButtonMenuClick"), QStringLiteral("Voce: ") + key, true);
+        host::host().ReportError(QStringLiteral("tbComandi_ButtonMenuClick"), QStringLiteral("Voce: ") + key,
+                                 true);
     }
 }
 
@@ -171,12 +176,14 @@ void frm_Commissioni::Documento_StampaCControllo(qint16 mode)
             return;
         const int found = h.PrintReport(sql);
         if (found == 0)
-            Dialogs::message(QStringLiteral("Il risultato della selezione non ha restituito nessun elemento!"),
-                             Buttons::Ok, Icon::Information, h.GetAppTitle());
+            Dialogs::message(
+                QStringLiteral("Il risultato della selezione non ha restituito nessun elemento!"),
+                Buttons::Ok, Icon::Information, h.GetAppTitle());
         else if (found < 0)
-            Dialogs::message(QStringLiteral("La composizione della ricerca non è corretta o mancano i parametri "
-                                            "necessari!"),
-                             Buttons::Ok, Icon::Exclamation, h.GetAppTitle());
+            Dialogs::message(
+                QStringLiteral("La composizione della ricerca non è corretta o mancano i parametri "
+                               "necessari!"),
+                Buttons::Ok, Icon::Exclamation, h.GetAppTitle());
     } catch (...) {
         h.ReportError(QStringLiteral("Documento_StampaCControllo"),
                       QStringLiteral("Errore durante la stampa delle comande di controllo"), true);

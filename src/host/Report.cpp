@@ -90,7 +90,8 @@ void paintSlip(QPainter& painter, const QPrinter& printer, const QRectF& box, co
         const QImage picture(slip.picturePath);
         if (!picture.isNull()) {
             const QSizeF fitted = QSizeF(picture.size()).scaled(pictureBox.size(), Qt::KeepAspectRatio);
-            const QRectF target(pictureBox.center() - QPointF(fitted.width() / 2, fitted.height() / 2), fitted);
+            const QRectF target(pictureBox.center() - QPointF(fitted.width() / 2, fitted.height() / 2),
+                                fitted);
             painter.drawImage(target, picture);
         }
     }
@@ -107,8 +108,8 @@ void paintSlip(QPainter& painter, const QPrinter& printer, const QRectF& box, co
     font.setPointSizeF(9);
     const QFontMetricsF metrics(font, painter.device());
     const double labelWidth = toDevice(printer, 30);
-    const double rowHeight =
-        std::min(metrics.height() * 1.2, (textBox.height() - titleHeight) / std::max<qsizetype>(1, slip.fields.size()));
+    const double rowHeight = std::min(metrics.height() * 1.2, (textBox.height() - titleHeight) /
+                                                                  std::max<qsizetype>(1, slip.fields.size()));
     double top = textBox.top() + titleHeight;
     for (const ControlSlip::Field& field : slip.fields) {
         font.setBold(false);
@@ -118,9 +119,9 @@ void paintSlip(QPainter& painter, const QPrinter& printer, const QRectF& box, co
         font.setBold(true);
         painter.setFont(font);
         const double valueWidth = textBox.width() - labelWidth;
-        painter.drawText(QRectF(textBox.left() + labelWidth, top, valueWidth, rowHeight),
-                         Qt::AlignLeft | Qt::AlignVCenter,
-                         QFontMetricsF(font, painter.device()).elidedText(field.value, Qt::ElideRight, valueWidth));
+        painter.drawText(
+            QRectF(textBox.left() + labelWidth, top, valueWidth, rowHeight), Qt::AlignLeft | Qt::AlignVCenter,
+            QFontMetricsF(font, painter.device()).elidedText(field.value, Qt::ElideRight, valueWidth));
         top += rowHeight;
     }
 }
@@ -193,8 +194,8 @@ void printControlSlips(QPrinter& printer, const QVector<ControlSlip>& slips,
     printer.setPageSize(QPageSize(QPageSize::A4));
     QPainter painter;
     if (!painter.begin(&printer))
-        throw common::RuntimeError(kDeviceUnavailable,
-                                   QStringLiteral("Impossibile avviare la stampa delle comande di controllo"));
+        throw common::RuntimeError(
+            kDeviceUnavailable, QStringLiteral("Impossibile avviare la stampa delle comande di controllo"));
     const QRectF page = printer.pageLayout().paintRectPixels(printer.resolution());
     const QRectF area(0, 0, page.width(), page.height());
     const double gap = toDevice(printer, 6);

@@ -65,11 +65,13 @@ QString statusQuestion(const QString& toState)
 
 QString statusChangeSql(const QString& fromState, const QString& toState, const ChosenOrders& chosen)
 {
-    const QString kind = toState == kCollected ? QStringLiteral("tipogestione='EVENTO',tipomovimento='ENTRATA',")
-                                               : QStringLiteral("tipogestione='0',tipomovimento='CO',");
-    return QStringLiteral("update movimenti set ") + kind + QStringLiteral(" StatoRiga='") + sqlEscape(toState) +
-           QStringLiteral("' where StatoRiga='") + sqlEscape(fromState) + QStringLiteral("' AND numero in (") +
-           chosen.numbers + QStringLiteral(") and serie in (") + chosen.series + QLatin1Char(')');
+    const QString kind = toState == kCollected
+                             ? QStringLiteral("tipogestione='EVENTO',tipomovimento='ENTRATA',")
+                             : QStringLiteral("tipogestione='0',tipomovimento='CO',");
+    return QStringLiteral("update movimenti set ") + kind + QStringLiteral(" StatoRiga='") +
+           sqlEscape(toState) + QStringLiteral("' where StatoRiga='") + sqlEscape(fromState) +
+           QStringLiteral("' AND numero in (") + chosen.numbers + QStringLiteral(") and serie in (") +
+           chosen.series + QLatin1Char(')');
 }
 
 SlipScope slipScope(qint16 mode)
@@ -86,14 +88,14 @@ SlipScope slipScope(qint16 mode)
 
 QString slipSqlForOrder(const QString& numero, const QString& serie)
 {
-    return kSlipSelect + QStringLiteral("where numero='") + sqlEscape(numero) + QStringLiteral("' and serie='") +
-           sqlEscape(serie) + QLatin1Char('\'');
+    return kSlipSelect + QStringLiteral("where numero='") + sqlEscape(numero) +
+           QStringLiteral("' and serie='") + sqlEscape(serie) + QLatin1Char('\'');
 }
 
 QString slipSqlForChosen(const ChosenOrders& chosen)
 {
-    return kSlipSelect + QStringLiteral("where numero in (") + chosen.numbers + QStringLiteral(") and serie in (") +
-           chosen.series + QStringLiteral(") ORDER BY numero asc");
+    return kSlipSelect + QStringLiteral("where numero in (") + chosen.numbers +
+           QStringLiteral(") and serie in (") + chosen.series + QStringLiteral(") ORDER BY numero asc");
 }
 
 QString slipSqlForLine(qint64 rowid)
@@ -105,8 +107,8 @@ QString slipQuestion(SlipScope scope, const QString& numero, const QString& seri
 {
     switch (scope) {
     case SlipScope::OpenOrder:
-        return QStringLiteral("Stampare tutte le righe della commissione N°") + numero + QLatin1Char('/') + serie +
-               QStringLiteral(" ?");
+        return QStringLiteral("Stampare tutte le righe della commissione N°") + numero + QLatin1Char('/') +
+               serie + QStringLiteral(" ?");
     case SlipScope::ChosenOrders:
         return {};
     case SlipScope::SelectedLine:
@@ -118,9 +120,10 @@ QString slipQuestion(SlipScope scope, const QString& numero, const QString& seri
 
 QString cardsListSql(const QDate& day)
 {
-    return QStringLiteral("SELECT Nominativo as Cliente,DataRitiro,DataRitiro2,Cerimonia,DataCerimonia,"
-                          "NomeFesteggiato,Note,Dicitura FROM Doc_Commissioni_testate where Biglietti<>'' and "
-                          "DataComm=DateValue('") +
+    return QStringLiteral(
+               "SELECT Nominativo as Cliente,DataRitiro,DataRitiro2,Cerimonia,DataCerimonia,"
+               "NomeFesteggiato,Note,Dicitura FROM Doc_Commissioni_testate where Biglietti<>'' and "
+               "DataComm=DateValue('") +
            common::shortDate(day) + QStringLiteral("')");
 }
 

@@ -9,6 +9,8 @@
 
 #include "common/Dates.h"
 #include "host/Dialogs.h"
+#include "lines/FlexGrid.h"
+#include "lines/GridColumns.h"
 #include "printing/OrderChoice.h"
 
 #include <QLabel>
@@ -127,8 +129,9 @@ TEST_P(ComandeTest, ThreeChosenOrdersOfTwoSeriesChangeStateWithEveryRowTheirNumb
         chooseEntry("FIND", c.key);
 
         ASSERT_EQ(lists.requests().size(), 1);
-        EXPECT_EQ(lists.requests()[0].sql,
-                  QString("SELECT * FROM Doc_Commissioni_testate WHERE [STATO COMMISSIONE]='%1'").arg(c.from));
+        EXPECT_EQ(
+            lists.requests()[0].sql,
+            QString("SELECT * FROM Doc_Commissioni_testate WHERE [STATO COMMISSIONE]='%1'").arg(c.from));
         EXPECT_TRUE(lists.requests()[0].multiSelect);
         EXPECT_EQ(dialogs.messages().value(0).icon, host::Icon::Question);
         const QString moved = QString(c.to) + ' ' + c.toKind;
@@ -157,7 +160,9 @@ TEST_P(ComandeTest, NoCancelAndAnEmptyChoiceWriteNothingAndOnlyAChoiceAsks)
         {"No", orders({{"12", QString::number(m_year)}}), true},
         {"cancel", [](const hostui::ListRequest&, const Recordset&) { return hostui::ListAnswer(); }, false},
         {"nothing chosen",
-         [](const hostui::ListRequest&, const Recordset&) { return hostui::ListAnswer{true, {}, std::nullopt}; },
+         [](const hostui::ListRequest&, const Recordset&) {
+             return hostui::ListAnswer{true, {}, std::nullopt};
+         },
          false},
     };
     for (const auto& c : cases) {
@@ -172,7 +177,7 @@ TEST_P(ComandeTest, NoCancelAndAnEmptyChoiceWriteNothingAndOnlyAChoiceAsks)
     }
 }
 
-TEST_P(ComandeTest, TheChosenOrdersPrintOneSlipPerLineAndAnEmptyOrderSaysSo)
+TEST_P(ComandeTest, SlipsOfTheChosenOrdersOfTheSelectedLineAndOfAnOrderWithoutRows)
 {
     test::addOrderLine(db(), "12", QDate(m_year, 3, 3), {{"Descrizione1", "Scatola cuore"}});
     test::addOrderLine(db(), "12", QDate(m_year, 3, 3), {{"Descrizione1", "Confetti bianchi"}});
@@ -183,7 +188,8 @@ TEST_P(ComandeTest, TheChosenOrdersPrintOneSlipPerLineAndAnEmptyOrderSaysSo)
         test::ScriptedDialogs dialogs;
         test::ScriptedLists lists;
         const QString now = QString::number(m_year);
-        lists.expectList("Elenco delle Commissioni di cui stampare le righe", orders({{"15", now}, {"12", now}}));
+        lists.expectList("Elenco delle Commissioni di cui stampare le righe",
+                         orders({{"15", now}, {"12", now}}));
         dialogs.expectMessage("salvato come PDF");
         chooseEntry("PRINT", "SCC_INTERVALLO");
         EXPECT_EQ(lists.requests().value(0).sql, "select * from Doc_Commissioni_testate");
@@ -195,6 +201,23 @@ TEST_P(ComandeTest, TheChosenOrdersPrintOneSlipPerLineAndAnEmptyOrderSaysSo)
     EXPECT_LT(text.indexOf("Scatola cuore"), text.indexOf("Sacchetto tulle")) << "by number";
     EXPECT_FALSE(text.contains("Non scelto"));
 
+    // The line selected in the grid prints alone.
+    typeNumberAndEnter("12");
+    grid()->setRow(lines::FirstDataRow + 1);
+    {
+        test::ScriptedDialogs dialogs;
+        dialogs.expectMessage(
+            QString("Stampare la riga selezionata della commissione N° 12/%1 ?").arg(m_year),
+            host::Answer::Yes);
+        dialogs.expectMessage("salvato come PDF");
+        m_form->Documento_StampaCControllo(0);
+    }
+    const QStringList after = test::pdfFilesIn(m_pdfDir.path());
+    ASSERT_EQ(after.size(), 2);
+    const QString line = test::pdfLayoutText(after.first() == files[0] ? after.last() : after.first());
+    EXPECT_EQ(line.count("COMANDA DI CONTROLLO"), 1);
+    EXPECT_TRUE(line.contains("Confetti bianchi")) << line.toStdString();
+
     // The open order (a new one, not yet saved) has no rows to print.
     test::ScriptedDialogs dialogs;
     test::addCounter(db(), m_year, 40);
@@ -204,15 +227,18 @@ TEST_P(ComandeTest, TheChosenOrdersPrintOneSlipPerLineAndAnEmptyOrderSaysSo)
     dialogs.expectMessage("Il risultato della selezione non ha restituito nessun elemento!");
     chooseEntry("PRINT", "SCC");
     EXPECT_EQ(dialogs.messages().value(1).icon, host::Icon::Information);
-    EXPECT_EQ(test::pdfFilesIn(m_pdfDir.path()).size(), 1);
+    EXPECT_EQ(test::pdfFilesIn(m_pdfDir.path()).size(), 2);
 }
 
 TEST_P(ComandeTest, TheCardsListShowsTheDaysOrdersWithCardsAndANonDateEndsSilently)
 {
     const QDate day(m_year, 5, 9);
     test::addOrderLine(db(), "12", day,
-                       {{"attrib00", "1"}, {"attrib07", "Ritira la nonna"}, {"attrib08", "Con affetto"},
-                        {"attrib06", "Giulia"}, {"Nominativo", "Greco Lucia"}});
+                       {{"attrib00", "1"},
+                        {"attrib07", "Ritira la nonna"},
+                        {"attrib08", "Con affetto"},
+                        {"attrib06", "Giulia"},
+                        {"Nominativo", "Greco Lucia"}});
     test::addOrderLine(db(), "13", day, {{"attrib00", ""}, {"Nominativo", "Senza Biglietti"}});
     test::addOrderLine(db(), "14", day.addDays(1), {{"attrib00", "1"}, {"Nominativo", "Altro Giorno"}});
     openForm();
@@ -221,8 +247,12 @@ TEST_P(ComandeTest, TheCardsListShowsTheDaysOrdersWithCardsAndANonDateEndsSilent
     {
         std::optional<QString> typed;
         int rows; // -1: no list window
-    } cases[] = {{common::shortDate(day), 1}, {QString("9/5/%1").arg(m_year), 1},
-                 {common::shortDate(day.addDays(2)), 0}, {std::nullopt, -1}, {"", -1}, {"abc", -1}};
+    } cases[] = {{common::shortDate(day), 1},
+                 {QString("9/5/%1").arg(m_year), 1},
+                 {common::shortDate(day.addDays(2)), 0},
+                 {std::nullopt, -1},
+                 {"", -1},
+                 {"abc", -1}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.typed.value_or("<annullato>").toStdString());
         test::ScriptedDialogs dialogs;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "data/Recordset.h"
 #include "printing/OrderChoice.h"
+#include "data/Recordset.h"
 
 #include <gtest/gtest.h>
 
@@ -56,9 +56,10 @@ TEST(OrderChoiceTest, EachModeOfTheControlSlipsSelectsItsRowsAndAsksItsQuestion)
 TEST(OrderChoiceTest, TheChangeOfStateSetsTheKindOfRowThatGoesWithTheNewStateAndTheCardsTakeOneDay)
 {
     const ChosenOrders chosen{"'12'", "'2025'"};
-    EXPECT_EQ(printing::statusChangeSql("EMESSO", "RITIRATO", chosen),
-              "update movimenti set tipogestione='EVENTO',tipomovimento='ENTRATA', StatoRiga='RITIRATO' where "
-              "StatoRiga='EMESSO' AND numero in ('12') and serie in ('2025')");
+    EXPECT_EQ(
+        printing::statusChangeSql("EMESSO", "RITIRATO", chosen),
+        "update movimenti set tipogestione='EVENTO',tipomovimento='ENTRATA', StatoRiga='RITIRATO' where "
+        "StatoRiga='EMESSO' AND numero in ('12') and serie in ('2025')");
     EXPECT_EQ(printing::statusChangeSql("RITIRATO", "EMESSO", chosen),
               "update movimenti set tipogestione='0',tipomovimento='CO', StatoRiga='EMESSO' where "
               "StatoRiga='RITIRATO' AND numero in ('12') and serie in ('2025')");

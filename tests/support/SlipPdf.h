@@ -35,8 +35,8 @@ inline QString pdfLayoutText(const QString& path)
 // How many pictures are drawn in the file.
 inline int pdfImageCount(const QString& path)
 {
-    const QStringList lines =
-        popplerOutput(QStringLiteral("pdfimages"), {QStringLiteral("-list"), path}).split(u'\n', Qt::SkipEmptyParts);
+    const QStringList lines = popplerOutput(QStringLiteral("pdfimages"), {QStringLiteral("-list"), path})
+                                  .split(u'\n', Qt::SkipEmptyParts);
     return static_cast<int>(lines.size()) - 2; // two heading lines
 }
 
