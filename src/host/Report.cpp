@@ -11,6 +11,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QHash>
 #include <QImage>
 #include <QLoggingCategory>
 #include <QPainter>
@@ -19,7 +20,6 @@
 #include <QRegularExpression>
 
 #include <algorithm>
-
 #include <optional>
 
 Q_LOGGING_CATEGORY(lcReport, "xv.host.report")
@@ -29,7 +29,7 @@ namespace xv::host {
 namespace {
 
 const QString kTitle = QStringLiteral("COMANDA DI CONTROLLO");
-constexpr int kDeviceUnavailable = 68;
+constexpr int kDeviceUnavailable = 68; // the suite's "device unavailable"
 
 // The names the shop reads on the slip for the columns its reports select; any other column shows
 // under its own name.
