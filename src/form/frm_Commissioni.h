@@ -7,6 +7,7 @@
 #include "orders/NewLine.h"
 #include "orders/OpenOrder.h"
 #include "orders/OrderSave.h"
+#include "printing/OrderChoice.h"
 
 #include <QDateTime>
 #include <QMainWindow>
@@ -238,6 +239,8 @@ private:
     orders::GridRows gridRows() const;
     void putGridLines(const QVector<QStringList>& lines, std::initializer_list<int> columns);
     void printAfterSaving();
+    // --- control slips and change of state: the menus' entries and the status-bar panels wired up
+    void setupComandeControls();
     // False, with the field named and the focus on it, when a text of the order could not be kept as typed.
     bool textsCanBeSaved();
     // A header field typed in and not yet left, as leaving it would take it; false when it refused.
@@ -309,6 +312,8 @@ private:
     QPalette m_restingPalette;
     bool m_fieldColoured = false;
     QPointer<QLineEdit> m_leftAlready;
+    // The orders chosen for a change of state or for their control slips, from the choice to the end.
+    printing::ChosenOrders m_chosen;
 };
 
 } // namespace xv::form

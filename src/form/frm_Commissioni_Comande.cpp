@@ -4,32 +4,240 @@
 
 #include "ui_frm_Commissioni.h"
 
-#include "common/RuntimeError.h"
+#include "common/Conversions.h"
+#include "common/Dates.h"
+#include "data/Database.h"
+#include "data/Recordset.h"
+#include "host/Dialogs.h"
+#include "host/Services.h"
+#include "lines/FlexGrid.h"
+#include "lines/GridColumns.h"
+#include "printing/OrderChoice.h"
+
+#include <QCursor>
+#include <QLabel>
+#include <QMenu>
+#include <QMouseEvent>
+
+#include <functional>
 
 namespace xv::form {
 
-void frm_Commissioni::tbComandi_ButtonMenuClick(QAction*) {}
+using host::Answer;
+using host::Buttons;
+using host::Dialogs;
+using host::Icon;
 
-void frm_Commissioni::Documenti_StampaCControllo(const QString&, const QString&)
+namespace {
+
+// Tells which status-bar panel the operator clicked; the panels are plain labels.
+class PanelClicks : public QObject
 {
-    throw common::RuntimeError::notSupported(QStringLiteral("Documenti_StampaCControllo"));
+public:
+    PanelClicks(QObject* parent, std::function<void(int)> clicked)
+        : QObject(parent), m_clicked(std::move(clicked))
+    {
+    }
+    void watch(QLabel* label, int panel)
+    {
+        label->setProperty("panel", panel);
+        label->installEventFilter(this);
+    }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::MouseButtonRelease &&
+            static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton)
+            m_clicked(watched->property("panel").toInt());
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    std::function<void(int)> m_clicked;
+};
+
+bool askYesNo(const QString& question)
+{
+    return Dialogs::message(question, Buttons::YesNo, Icon::Question, host::host().GetAppTitle()) ==
+           Answer::Yes;
+}
+
+// The rows chosen in the last list window as the lists of numbers and series; empty when none came back.
+printing::ChosenOrders chooseOrders(const QString& source, const QString& caption)
+{
+    host::IListWindow& list = host::listWindow();
+    bool confirmed = false;
+    list.SelectFromList(source, 1, caption, confirmed);
+    if (!confirmed)
+        return {};
+    data::Recordset rows = list.GetSelectedRows();
+    if (rows.isEmpty())
+        return {};
+    return printing::chosenOrders(rows);
+}
+
+} // namespace
+
+void frm_Commissioni::setupComandeControls()
+{
+    for (QAction* button : {m_ui->act_PRINT, m_ui->act_FIND}) {
+        if (QMenu* menu = button->menu())
+            connect(menu, &QMenu::triggered, this,
+                    [this](QAction* entry) { tbComandi_ButtonMenuClick(entry); });
+    }
+    auto* clicks = new PanelClicks(this, [this](int panel) { sBar_PanelClick(panel); });
+    for (int panel = 1; panel <= m_panels.size(); ++panel)
+        clicks->watch(m_panels.at(panel - 1), panel);
+}
+
+void frm_Commissioni::tbComandi_ButtonMenuClick(QAction* entry)
+{
+    const QString key = KeyedToolBar::keyOf(entry);
+    try {
+        if (key == QLatin1String("ECM")) {
+            Documento_StampaRicevutaRitiro();
+        } else if (key == QLatin1String("SCC")) {
+            Documento_StampaCControllo(1);
+        } else if (key == QLatin1String("SCC_INTERVALLO")) {
+            Documenti_CO_StampaControllo();
+        } else if (key == QLatin1String("LISTA_BIGLIETTINI")) {
+            Documento_StampaBigliettini();
+        } else if (key == QLatin1String("CO_RITIRATO")) {
+            Documenti_StampaCControllo(QStringLiteral("EMESSO"), QStringLiteral("RITIRATO"));
+        } else if (key == QLatin1String("CO_EMESSO")) {
+            Documenti_StampaCControllo(QStringLiteral("RITIRATO"), QStringLiteral("EMESSO"));
+        } else if (key == QLatin1String("config_comm")) {
+            bool confirmed = false;
+            host::listWindow().SelectFromList(key, 1, QStringLiteral("COMMISSIONI - CONFIGURA APP"),
+                                              confirmed);
+            GET_Impostazioni();
+        }
+        // "REP_DES" and any other key: nothing, as the shop has always had it.
+    } catch (...) {
+        host::host().ReportError(QStringLiteral("tbComandi_ButtonMenuClick"), QStringLiteral("Voce: ") + key,
+                                 true);
+    }
+}
+
+void frm_Commissioni::Documenti_StampaCControllo(const QString& fromState, const QString& toState)
+{
+    try {
+        m_chosen = chooseOrders(printing::statusChoiceSql(m_settings.sql_Commissioni, fromState),
+                                printing::statusChoiceCaption(fromState, toState));
+        if (!m_chosen.isEmpty() && askYesNo(printing::statusQuestion(toState)))
+            host::host().GetConnection().execute(printing::statusChangeSql(fromState, toState, m_chosen));
+    } catch (...) {
+        host::host().ReportError(QStringLiteral("Documenti_StampaCControllo"), QString(), true);
+    }
+    m_chosen.clear();
 }
 
 void frm_Commissioni::Documenti_CO_StampaControllo()
 {
-    throw common::RuntimeError::notSupported(QStringLiteral("Documenti_CO_StampaControllo"));
+    try {
+        m_chosen = chooseOrders(m_settings.sql_Commissioni,
+                                QStringLiteral("Elenco delle Commissioni di cui stampare le righe"));
+        if (!m_chosen.isEmpty())
+            Documento_StampaCControllo(2);
+    } catch (...) {
+        host::host().ReportError(QStringLiteral("Documenti_CO_StampaControllo"), QString(), true);
+    }
+    m_chosen.clear();
 }
 
-void frm_Commissioni::Documento_StampaCControllo(qint16)
+void frm_Commissioni::Documento_StampaCControllo(qint16 mode)
 {
-    throw common::RuntimeError::notSupported(QStringLiteral("Documento_StampaCControllo"));
+    host::IHost& h = host::host();
+    try {
+        const printing::SlipScope scope = printing::slipScope(mode);
+        const QString numero = m_ui->txt_numeroCommissione->text();
+        const QString& serie = m_order.serie;
+        QString sql;
+        switch (scope) {
+        case printing::SlipScope::OpenOrder:
+            sql = printing::slipSqlForOrder(numero, serie);
+            break;
+        case printing::SlipScope::ChosenOrders:
+            sql = printing::slipSqlForChosen(m_chosen);
+            break;
+        case printing::SlipScope::SelectedLine: {
+            const lines::FlexGrid* g = grid();
+            const int row = g->row();
+            const QString rowid = row >= lines::FirstDataRow && row < g->rows()
+                                      ? g->textMatrix(row, lines::Col_rowid)
+                                      : QString();
+            sql = printing::slipSqlForLine(static_cast<qint64>(common::numericValue(rowid)));
+            break;
+        }
+        }
+        const QString question = printing::slipQuestion(scope, numero, serie);
+        if (!question.isEmpty() && !askYesNo(question))
+            return;
+        const int found = h.PrintReport(sql);
+        if (found == 0)
+            Dialogs::message(
+                QStringLiteral("Il risultato della selezione non ha restituito nessun elemento!"),
+                Buttons::Ok, Icon::Information, h.GetAppTitle());
+        else if (found < 0)
+            Dialogs::message(
+                QStringLiteral("La composizione della ricerca non è corretta o mancano i parametri "
+                               "necessari!"),
+                Buttons::Ok, Icon::Exclamation, h.GetAppTitle());
+    } catch (...) {
+        h.ReportError(QStringLiteral("Documento_StampaCControllo"),
+                      QStringLiteral("Errore durante la stampa delle comande di controllo"), true);
+    }
 }
 
 void frm_Commissioni::Documento_StampaBigliettini()
 {
-    throw common::RuntimeError::notSupported(QStringLiteral("Documento_StampaBigliettini"));
+    host::IHost& h = host::host();
+    try {
+        const auto answer = Dialogs::input(QStringLiteral("Inserire la data di riferimento per la stampa dei "
+                                                          "bigliettini seguendo il formato 'gg/mm/aaaa'"),
+                                           h.GetAppTitle() + QStringLiteral(" - Stampa lista bigliettini "),
+                                           common::shortDate(QDate::currentDate()));
+        // No day given (a cancel, an empty answer or no date at all) ends here without a word.
+        const std::optional<QDate> day = answer ? common::parseShortDate(answer->trimmed()) : std::nullopt;
+        if (!day)
+            return;
+        bool confirmed = false;
+        host::listWindow().SelectFromList(printing::cardsListSql(*day), 1, QString(), confirmed);
+    } catch (...) {
+        h.ReportError(QStringLiteral("Documento_StampaBigliettini"),
+                      QStringLiteral("Errore durante l'elaborazione della stampa dei bigliettini"), true);
+    }
 }
 
-void frm_Commissioni::sBar_PanelClick(int) {}
+void frm_Commissioni::sBar_PanelClick(int panel)
+{
+    try {
+        QMenu* menu = nullptr;
+        switch (panel) {
+        case 2: {
+            bool confirmed = false;
+            host::listWindow().SelectFromList(QStringLiteral("config_CO"), 1,
+                                              QStringLiteral("CONFIGURAZIONE STAMPA COMANDE DI CONTROLLO"),
+                                              confirmed);
+            return;
+        }
+        case 3:
+            menu = m_mBomboniere;
+            break;
+        case 4:
+            menu = m_mFazzoletti;
+            break;
+        case 5:
+            menu = m_mAstucci;
+            break;
+        default:
+            return;
+        }
+        menu->popup(QCursor::pos());
+    } catch (...) {
+        host::host().ReportError(QStringLiteral("sBar_PanelClick"), QString(), true);
+    }
+}
 
 } // namespace xv::form

@@ -264,11 +264,7 @@ bool frm_Commissioni::textsCanBeSaved()
 
 void frm_Commissioni::printAfterSaving()
 {
-    // The control slips print with the printing of the orders; until then the operator is told plainly
-    // that nothing was printed, rather than left waiting for a sheet.
-    host::Dialogs::message(QStringLiteral("La stampa delle schede di controllo non è ancora disponibile: "
-                                          "nessuna stampa è stata eseguita."),
-                           host::Buttons::Ok, host::Icon::Information, host::host().GetAppTitle());
+    Documento_StampaCControllo(1);
 }
 
 bool frm_Commissioni::Documento_Salva()

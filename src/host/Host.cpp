@@ -10,6 +10,7 @@
 #include "demo/DemoData.h"
 #include "host/Dialogs.h"
 #include "host/Mail.h"
+#include "host/Report.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -445,9 +446,9 @@ QString Host::GetMailFooter()
                       kSuiteStore);
 }
 
-int Host::PrintReport(const QString&)
+int Host::PrintReport(const QString& sql)
 {
-    throw RuntimeError::notSupported(QStringLiteral("PrintReport"));
+    return printReport(*this, sql);
 }
 
 qint16 Host::numberSetting(const QString& key, qint16 defaultValue)

@@ -4,6 +4,7 @@
 #include "common/Dates.h"
 #include "common/RuntimeError.h"
 #include "host/Dialogs.h"
+#include "host/PrintOutput.h"
 #include "host/Services.h"
 #include "hostui/ListModel.h"
 
@@ -17,7 +18,6 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPrintDialog>
 #include <QPrinter>
 #include <QPushButton>
 #include <QRegularExpression>
@@ -107,13 +107,14 @@ ListDialog::ListDialog(ListRequest request, const Recordset& rows, QWidget* pare
     top->addWidget(m_counter);
     auto* buttons = new QHBoxLayout;
     if (m_request.printable) {
-        auto* printButton = new QPushButton(QStringLiteral("Stampa..."), this);
+        auto* printButton = new QPushButton(QStringLiteral("Stampa"), this);
+        printButton->setObjectName(QStringLiteral("printButton"));
         auto* pdfButton = new QPushButton(QStringLiteral("Salva PDF..."), this);
         printButton->setAutoDefault(false);
         pdfButton->setAutoDefault(false);
         buttons->addWidget(printButton);
         buttons->addWidget(pdfButton);
-        connect(printButton, &QPushButton::clicked, this, [this] { printWithDialog(); });
+        connect(printButton, &QPushButton::clicked, this, [this] { printShown(); });
         connect(pdfButton, &QPushButton::clicked, this, [this] { saveWithDialog(); });
     }
     buttons->addStretch(1);
@@ -350,6 +351,14 @@ bool ListDialog::eventFilter(QObject* watched, QEvent* event)
     }
     if (watched == m_view) {
         const bool plain = !(key->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier));
+        // Space takes the highlighted row in or out of the choice; Ctrl with the arrows moves without
+        // changing it, so that rows far apart can be chosen without the mouse.
+        if (key->key() == Qt::Key_Space && m_request.multiSelect && key->modifiers() == Qt::NoModifier &&
+            m_view->currentIndex().isValid()) {
+            m_view->selectionModel()->select(m_view->currentIndex(),
+                                             QItemSelectionModel::Toggle | QItemSelectionModel::Rows);
+            return true;
+        }
         if (key->key() == Qt::Key_Up && plain && m_view->currentIndex().row() <= 0) {
             m_filter->setFocus(Qt::OtherFocusReason);
             return true;
@@ -378,7 +387,7 @@ QString ListDialog::printableHtml() const
                        "<table border=\"1\" cellspacing=\"0\" cellpadding=\"3\" width=\"100%\"><tr>")
             .arg(title.toHtmlEscaped(), subtitle.toHtmlEscaped());
     for (const QString& field : m_fields)
-        html += QStringLiteral("<th>%1</th>").arg(field.toHtmlEscaped());
+        html += QStringLiteral("<th bgcolor=\"#e0e0e0\" align=\"left\">%1</th>").arg(field.toHtmlEscaped());
     html += QStringLiteral("</tr>");
     for (int visible = 0; visible < visibleRowCount(); ++visible) {
         const int row = rowAt(visible);
@@ -418,16 +427,19 @@ bool ListDialog::savePdf(const QString& path) const
     return written.exists() && written.size() > 0;
 }
 
-void ListDialog::printWithDialog()
+void ListDialog::printShown()
 {
     try {
-        QPrinter printer(QPrinter::HighResolution);
-        printer.setDocName(windowTitle());
-        orient(printer, static_cast<int>(m_fields.size()));
-        QPrintDialog dialog(&printer, this);
-        dialog.setWindowTitle(QStringLiteral("Stampa"));
-        if (dialog.exec() == QDialog::Accepted)
-            printTo(printer);
+        QString notice;
+        {
+            host::PrintOutput output(host(), windowTitle().trimmed().isEmpty() ? QStringLiteral("Elenco")
+                                                                              : windowTitle());
+            orient(output.printer(), static_cast<int>(m_fields.size()));
+            printTo(output.printer());
+            notice = output.notice();
+        }
+        if (!notice.isEmpty())
+            Dialogs::message(notice, Buttons::Ok, Icon::Information, host().GetAppTitle());
     } catch (...) {
         reportCaught(QStringLiteral("ListDialog.Stampa"), m_request.caption);
     }

@@ -118,6 +118,8 @@ public:
     QString printableHtml() const;
     void printTo(QPrinter& printer) const;
     bool savePdf(const QString& path) const;
+    // The print button: the rows shown to the shop's printer, or to a PDF file the operator is told of.
+    void printShown();
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -130,7 +132,6 @@ private:
     void keepARowHighlighted();
     void refreshState();
     void chooseNow();
-    void printWithDialog();
     void saveWithDialog();
     int sourceRow(const QModelIndex& proxyIndex) const;
 

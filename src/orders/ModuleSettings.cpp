@@ -30,6 +30,8 @@ ModuleSettings readModuleSettings(host::IHost& host)
         comm, QStringLiteral("SQL_SelControparti"),
         QStringLiteral("select distinct ragsoc,email,rowid from controparti where 1=1 [and_ragsoc] order by ragsoc asc"),
         docs);
+    s.sql_Commissioni =
+        host.GetSetting(comm, QStringLiteral("sql_Commissioni"), QStringLiteral("Doc_Commissioni_testate"), docs);
     return s;
 }
 

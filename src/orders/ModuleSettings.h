@@ -21,6 +21,9 @@ struct ModuleSettings
     QString sql;
     QString sql_tEventi;
     QString SQL_SelControparti;
+    // The order headers the operator chooses from for control slips and changes of state: a table or
+    // view whose first two columns are the number and the series, with a column [STATO COMMISSIONE].
+    QString sql_Commissioni;
 };
 
 ModuleSettings readModuleSettings(host::IHost& host);

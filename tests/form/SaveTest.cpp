@@ -3,6 +3,7 @@
 // each engine: what the rows, the counter and the stock hold afterwards, and what the operator is told.
 #include "FormFixture.h"
 #include "ScriptedDialogs.h"
+#include "SlipPdf.h"
 #include "TestOrders.h"
 
 #include "common/Money.h"
@@ -258,19 +259,27 @@ TEST_P(SaveTest, AnErrorWhileWritingLeavesTheDatabaseAsItWasAndTheOrderOnTheForm
     EXPECT_EQ(m_host->documentsWritten(), 0);
 }
 
-TEST_P(SaveTest, PrintingAfterASaveSaysPlainlyThatNothingWasPrinted)
+TEST_P(SaveTest, PrintingAfterASavePrintsTheControlSlipsOfTheSavedOrder)
 {
+    QTemporaryDir pdfDir;
+    m_host->SaveSetting("STAMPA", "Stampante", "PDF", "eKELA");
+    m_host->SaveSetting("STAMPA", "CartellaPDF", pdfDir.path(), "eKELA");
     test::ScriptedDialogs dialogs;
-    frm_Commissioni& form = completeOrder({"1"});
+    frm_Commissioni& form = completeOrder({"1", "2"});
     field("txt_frase")->setText("Con affetto");
     dialogs.expectMessage("Salvare la commissione", host::Answer::Yes);
     dialogs.expectMessage("Salvataggio eseguito correttamente!");
     dialogs.expectMessage("Stampare il documento appena registrato?", host::Answer::Yes);
-    dialogs.expectMessage("non è ancora disponibile: nessuna stampa è stata eseguita");
+    dialogs.expectMessage(QString("Stampare tutte le righe della commissione N°8/%1 ?").arg(m_year),
+                          host::Answer::Yes);
+    dialogs.expectMessage("salvato come PDF");
     ASSERT_TRUE(form.Documento_Salva());
     EXPECT_EQ(dialogs.messages()[2].icon, host::Icon::Question);
-    EXPECT_EQ(orderRows("8"), 1) << "the order stays saved whatever the printing does";
+    EXPECT_EQ(orderRows("8"), 2) << "the order stays saved whatever the printing does";
     EXPECT_EQ(m_host->documentsWritten(), 1);
+    const QStringList files = test::pdfFilesIn(pdfDir.path());
+    ASSERT_EQ(files.size(), 1);
+    EXPECT_EQ(test::pdfLayoutText(files[0]).count("COMANDA DI CONTROLLO"), 2);
 }
 
 XV_INSTANTIATE_FOR_ENGINES(SaveTest);

@@ -195,11 +195,6 @@ TEST_P(HostTest, NamesColoursAndTheThresholdComeFromSettingsWithDefaults)
     EXPECT_EQ(h().PadWidth("un testo più lungo di venti", 20), 0);
 }
 
-TEST_P(HostTest, OperationsOfLaterWindowsFailLoudly)
-{
-    EXPECT_THROW(h().PrintReport("select * from movimenti"), common::RuntimeError);
-}
-
 XV_INSTANTIATE_FOR_ENGINES(HostTest);
 
 TEST(HostStartTest, InitializeFailsWithTheReasonInTheLogWhenTheDataCannotBeOpened)

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
+#include "ScriptedDialogs.h"
 #include "ScriptedLists.h"
+#include "SlipPdf.h"
 #include "TestDatabase.h"
 
 #include "common/RuntimeError.h"
@@ -206,6 +208,29 @@ TEST_P(ListWindowTest, ConfigurationKeysEditTheirSectionAndSaveOnlyWhenConfirmed
     EXPECT_FALSE(confirmed);
 }
 
+TEST_P(ListWindowTest, ThePrintButtonPrintsTheRowsShownThroughTheShopsPrintDestination)
+{
+    QTemporaryDir pdfDir;
+    host::host().SaveSetting("STAMPA", "Stampante", "PDF", "eKELA");
+    host::host().SaveSetting("STAMPA", "CartellaPDF", pdfDir.path(), "eKELA");
+    ListRequest request;
+    request.caption = "Commissioni da ritirare";
+    request.printable = true;
+    ListDialog dialog(request, host::host().OpenRecordset("select numero, serie, Nominativo from movimenti"));
+    QTest::keyClicks(dialog.filterEdit(), "rossi");
+    test::ScriptedDialogs dialogs;
+    dialogs.expectMessage("Il documento è stato salvato come PDF in:");
+    auto* print = dialog.findChild<QPushButton*>("printButton");
+    ASSERT_NE(print, nullptr);
+    QTest::mouseClick(print, Qt::LeftButton);
+    const QStringList files = test::pdfFilesIn(pdfDir.path());
+    ASSERT_EQ(files.size(), 1);
+    const QString text = test::pdfLayoutText(files[0]);
+    for (const char* shown : {"Commissioni da ritirare", "2 righe", "Nominativo", "Rossi Maria", "Rossi Anna"})
+        EXPECT_TRUE(text.contains(shown, Qt::CaseInsensitive)) << shown << "\n" << text.toStdString();
+    EXPECT_FALSE(text.contains("Bianchi Luca"));
+}
+
 XV_INSTANTIATE_FOR_ENGINES(ListWindowTest);
 
 // The real window, driven by keys and mouse on the offscreen platform.
@@ -244,7 +269,7 @@ TEST_F(ListDialogTest, TypingFiltersOverAllColumnsAndOnlyTheFilteredRowsArePrint
     QStringList buttons;
     for (const QPushButton* button : dialog.findChildren<QPushButton*>())
         buttons << button->text();
-    EXPECT_EQ(buttons, (QStringList{"Scegli", "Annulla", "Stampa...", "Salva PDF..."}));
+    EXPECT_EQ(buttons, (QStringList{"Scegli", "Annulla", "Stampa", "Salva PDF..."}));
     EXPECT_EQ(dialog.counterText(), "4 righe");
     QTest::keyClicks(dialog.filterEdit(), "ros");
     EXPECT_EQ(dialog.visibleRowCount(), 3); // Rossano is a town, not a name
@@ -316,6 +341,31 @@ TEST_F(ListDialogTest, SeveralRowsAreChosenInTheOrderTheyWereSelected)
     QTest::keyClick(extended.tableView(), Qt::Key_Down, Qt::ShiftModifier);
     QTest::keyClick(extended.tableView(), Qt::Key_Down, Qt::ShiftModifier);
     EXPECT_EQ(extended.chosenRows(), (QVector<int>{0, 1, 2}));
+}
+
+TEST_F(ListDialogTest, TheKeyboardAloneChoosesRowsFarApart)
+{
+    ListDialog dialog(request(true), sampleRows());
+    dialog.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+    QTableView* view = dialog.tableView();
+    view->setFocus();
+    EXPECT_EQ(dialog.chosenRows(), QVector<int>{0});
+    // Ctrl with the arrows moves without changing the choice; Space takes a row in or out.
+    const struct
+    {
+        Qt::Key key;
+        Qt::KeyboardModifiers modifiers;
+    } keys[] = {{Qt::Key_Down, Qt::ControlModifier}, {Qt::Key_Down, Qt::ControlModifier},
+                {Qt::Key_Space, Qt::NoModifier},     {Qt::Key_Up, Qt::ControlModifier},
+                {Qt::Key_Up, Qt::ControlModifier},   {Qt::Key_Space, Qt::NoModifier},
+                {Qt::Key_End, Qt::ControlModifier},  {Qt::Key_Space, Qt::NoModifier}};
+    for (const auto& k : keys)
+        QTest::keyClick(view, k.key, k.modifiers);
+    EXPECT_EQ(dialog.chosenRows(), (QVector<int>{2, 3}));
+    QTest::keyClick(view, Qt::Key_Return);
+    EXPECT_EQ(dialog.result(), QDialog::Accepted);
+    EXPECT_EQ(dialog.answer().rows, (QVector<int>{2, 3}));
 }
 
 TEST_F(ListDialogTest, CellsReadAsTheShopWritesThemAndAHeaderClickSortsByValue)

@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+#include "ScriptedDialogs.h"
+#include "SlipPdf.h"
+#include "TestDatabase.h"
+#include "TestOrders.h"
+
+#include "host/Report.h"
+#include "printing/OrderChoice.h"
+
+#include <gtest/gtest.h>
+
+#include <QColor>
+#include <QImage>
+
+namespace {
+
+using namespace xv;
+
+class ReportTest : public test::HostedTest
+{
+protected:
+    void SetUp() override
+    {
+        HostedTest::SetUp();
+        if (IsSkipped() || HasFatalFailure())
+            return;
+        h().SaveSetting("STAMPA", "Stampante", "PDF", "eKELA");
+        h().SaveSetting("STAMPA", "CartellaPDF", m_pdfDir.path(), "eKELA");
+    }
+
+    QTemporaryDir m_pdfDir;
+};
+
+TEST_P(ReportTest, OneSlipPerRowWithItsColumnsDatesDayFirstAndThePictureWhereThereIsOne)
+{
+    const QDate day(2026, 6, 20);
+    ASSERT_TRUE(QDir().mkpath(h().GetDataPath() + "immagini"));
+    QImage picture(40, 30, QImage::Format_RGB32);
+    picture.fill(QColor(200, 30, 30));
+    ASSERT_TRUE(picture.save(h().GetDataPath() + "immagini/7.bmp"));
+    for (int line = 1; line <= 5; ++line) {
+        test::addOrderLine(h().GetConnection(), "8", day,
+                           {{"codice_med", QString("ART%1").arg(line)},
+                            {"Descrizione1", QString("Scatola numero %1").arg(line)},
+                            {"rowid_med", line == 1 ? 7 : 90 + line},
+                            {"qta", line * 10},
+                            {"note", "19/06/2026"},
+                            {"Datadal", QDate(2026, 6, 21).startOfDay()},
+                            {"Nominativo", "Bianchi Anna"}});
+    }
+
+    test::ScriptedDialogs dialogs;
+    dialogs.expectMessage("Il documento è stato salvato come PDF in:");
+    EXPECT_EQ(h().PrintReport(printing::slipSqlForOrder("8", "2026")), 5);
+
+    const QStringList files = test::pdfFilesIn(m_pdfDir.path());
+    ASSERT_EQ(files.size(), 1);
+    const QString text = test::pdfLayoutText(files[0]);
+    EXPECT_EQ(text.count("COMANDA DI CONTROLLO"), 5) << text.toStdString();
+    for (int line = 1; line <= 5; ++line) {
+        EXPECT_TRUE(text.contains(QString("Scatola numero %1").arg(line))) << line;
+        EXPECT_TRUE(text.contains(QString("ART%1").arg(line))) << line;
+    }
+    for (const char* expected : {"Commissione N°:", "Cliente:", "Bianchi Anna", "Data:", "20/06/2026",
+                                 "Ritiro riga:", "19/06/2026", "1° ritiro:", "21/06/2026", "Quantità:"})
+        EXPECT_TRUE(text.contains(QString::fromUtf8(expected))) << expected << "\n" << text.toStdString();
+    EXPECT_FALSE(text.contains("fotoart")) << "the picture's name is no line of the slip";
+    EXPECT_EQ(test::pdfPageCount(files[0]), 2) << "four slips to a page";
+    EXPECT_EQ(test::pdfImageCount(files[0]), 1) << "only the article with a picture file shows one";
+}
+
+TEST_P(ReportTest, ABadTextAnswersMinusOneAndNoRowsAnswersZeroWithNothingPrinted)
+{
+    test::addOrderLine(h().GetConnection(), "8", QDate(2026, 6, 20));
+    test::ScriptedDialogs dialogs; // no box: the caller says what went wrong
+    EXPECT_EQ(h().PrintReport("SELECT numero, colonna_inesistente FROM movimenti"), -1);
+    EXPECT_EQ(h().PrintReport(printing::slipSqlForOrder("999", "2026")), 0);
+    EXPECT_TRUE(test::pdfFilesIn(m_pdfDir.path()).isEmpty());
+}
+
+XV_INSTANTIATE_FOR_ENGINES(ReportTest);
+
+} // namespace
