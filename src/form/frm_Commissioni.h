@@ -7,6 +7,7 @@
 #include "orders/NewLine.h"
 #include "orders/OpenOrder.h"
 #include "orders/OrderSave.h"
+#include "printing/Statement.h"
 
 #include <QDateTime>
 #include <QMainWindow>
@@ -236,6 +237,9 @@ private:
     orders::GridRows gridRows() const;
     void putGridLines(const QVector<QStringList>& lines, std::initializer_list<int> columns);
     void printAfterSaving();
+    // --- printing: the order statement
+    // The open order as its statement shows it, read from the form.
+    printing::StatementInput statementInput() const;
     // False, with the field named and the focus on it, when a text of the order could not be kept as typed.
     bool textsCanBeSaved();
     // A header field typed in and not yet left, as leaving it would take it; false when it refused.
@@ -303,6 +307,9 @@ private:
     QPalette m_restingPalette;
     bool m_fieldColoured = false;
     QPointer<QLineEdit> m_leftAlready;
+    // --- printing: the order statement
+    // The phase the form was opened in, which the statement's title names.
+    QString m_phase;
 };
 
 } // namespace xv::form

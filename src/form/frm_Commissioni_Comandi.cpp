@@ -83,7 +83,10 @@ void frm_Commissioni::tbComandiDocumento_ButtonClick(QAction* button)
             Documento_Trova();
             StateOfButtons();
         } else if (key == QLatin1String("PRINT")) {
-            throw common::RuntimeError::notSupported(QStringLiteral("Documento_StampaRicevutaRitiro"));
+            if (host::host().IsControlSlipMode())
+                Documento_StampaCControllo(1);
+            else
+                Documento_StampaRicevutaRitiro();
         } else if (key == QLatin1String("EXIT")) {
             close();
         }
