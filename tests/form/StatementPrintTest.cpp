@@ -1,0 +1,251 @@
+// SPDX-License-Identifier: MIT
+// The order statement printed through the real form, offscreen, on a real database of each engine, to a
+// PDF that is read back as the customer would read the paper; and the order's rows marked collected.
+#include "FormFixture.h"
+#include "PdfText.h"
+#include "ScriptedDialogs.h"
+#include "TestOrders.h"
+
+#include "common/Money.h"
+#include "form/frm_Commissioni.h"
+
+#include <QAction>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace xv;
+
+const QDate kOrderDate(2026, 6, 20);
+
+// What the paper shows of an amount in cents: the shop's currency text, its blanks as blanks.
+QString eur(qint64 cents)
+{
+    return common::Money::fromRaw(cents * 100).toCurrencyText().replace(QChar(0xA0), QLatin1Char(' '));
+}
+
+struct Line
+{
+    const char* code;
+    const char* description;
+    int quantity;
+    double price;
+};
+
+class StatementPrintTest : public test::FormTest
+{
+protected:
+    void SetUp() override
+    {
+        FormTest::SetUp();
+        if (IsSkipped() || HasFatalFailure())
+            return;
+        m_host->SaveSetting("STAMPA", "Stampante", "PDF", "eKELA");
+        m_host->SaveSetting("STAMPA", "CartellaPDF", m_pdfDir.path(), "eKELA");
+    }
+
+    // Order 42 of 20/06/2026 as saved, with a deposit of 10, open on the form.
+    void openOrder(std::initializer_list<Line> lines)
+    {
+        bool first = true;
+        double total = 0;
+        for (const Line& line : lines)
+            total += line.quantity * line.price;
+        for (const Line& line : lines) {
+            test::addOrderLine(db(), "42", kOrderDate,
+                               {{"codice_med", line.code},
+                                {"Descrizione1", line.description},
+                                {"qta", line.quantity},
+                                {"prezzo", line.price},
+                                {"totale", line.quantity * line.price},
+                                {"prezzo2", first ? 10.0 : 0.0},
+                                {"imposta", first ? total : 0.0}});
+            first = false;
+        }
+        openForm();
+        ASSERT_TRUE(m_form->Flex_CaricaDocumento(orders::OrderKey{"COMM", "42", "2026"}));
+    }
+
+    // Prints with Yes to the question; the PDF's path, empty when there is none.
+    QString print(bool expectPrinted = true)
+    {
+        test::ScriptedDialogs dialogs;
+        dialogs.expectMessage("Stampare l'estratto della Commissione corrente?", host::Answer::Yes);
+        dialogs.expectMessage("Il documento è stato salvato come PDF in:\n" + m_pdfDir.path());
+        EXPECT_EQ(m_form->Documento_StampaRicevutaRitiro(), expectPrinted);
+        const QStringList files = test::pdfFiles(m_pdfDir.path());
+        EXPECT_EQ(files.size(), 1);
+        return files.value(0);
+    }
+
+    QString state(const char* serie, const char* numero = "42")
+    {
+        return test::scalar(db(), QStringLiteral("select min(statoriga) || max(statoriga) from movimenti "
+                                                 "where serie=? and numero=?"),
+                            {serie, numero});
+    }
+
+    QTemporaryDir m_pdfDir;
+};
+
+TEST_P(StatementPrintTest, printsEveryLineOfTheOrderAndMarksItCollected)
+{
+    openOrder({{"BOM001", "Bomboniera in porcellana", 2, 80}, {"CNF002", "Confetti alla mandorla", 3, 15}});
+    const QString path = print();
+    ASSERT_FALSE(path.isEmpty());
+
+    QStringList printed;
+    for (const test::PdfLine& line : test::pdfLines(path))
+        printed << line.text;
+    ASSERT_EQ(printed.size(), 16) << printed.join('\n').toStdString();
+    static const QRegularExpression clock(QStringLiteral("^ORA DI STAMPA: \\d\\d:\\d\\d:\\d\\d$"));
+    EXPECT_TRUE(clock.match(printed[2]).hasMatch()) << printed[2].toStdString();
+    printed[2] = "ORA DI STAMPA";
+    const QString rule65(65, '_');
+    const QStringList expected = {
+        (m_host->GetAppTitle() + " - FASE: 0 - ESTRATTO COMMISSIONE - OPERATORE: " + text("txt_rowidUtente"))
+            .trimmed(),
+        "COMMISSIONE  : 42 di sabato, 20 giugno 2026",
+        "ORA DI STAMPA",
+        "SPETT.LE: Rossi Maria",
+        rule65,
+        "    ESTRATTO COMMISSIONE --- --- --- ELENCO ARTICOLI E PREZZI",
+        rule65,
+        "CODICE               DESCRIZIONE          QU.TA x PREZZO",
+        "BOM001       Bomboniera in porcellana          2  x " + eur(8000) + "     = " + eur(16000),
+        "CNF002       Confetti alla mandorla            3  x " + eur(1500) + "     = " + eur(4500),
+        QString(75, '_'),
+        "ACCONTO:            " + eur(1000),
+        "TOTALE:             " + eur(20500),
+        "DIFFERENZA:         " + eur(19500),
+        rule65,
+        QString(37, ' ') + "FIRMA:______________________"};
+    EXPECT_EQ(printed, expected);
+    // The same text in the same order as a reader without the positions sees it.
+    QStringList layout = test::pdfLayoutLines(path);
+    for (QString& line : layout)
+        line = line.simplified();
+    layout.replaceInStrings(clock, "ORA DI STAMPA");
+    QStringList simplified = expected;
+    for (QString& line : simplified)
+        line = line.simplified();
+    EXPECT_EQ(layout, simplified);
+    EXPECT_EQ(state("2026"), "RITIRATORITIRATO");
+}
+
+TEST_P(StatementPrintTest, longPiecesPushTheRestOfTheirLineRight)
+{
+    openOrder({{"ABCDEFGHIJKLMNO", "Nastro", 1, 2},
+               {"A1", "1234567890123456789012345678901", 1, 2},
+               {"A2", "D", 1000, 12.5}});
+    const QVector<test::PdfLine> lines = test::pdfLines(print());
+    EXPECT_EQ(test::pdfLineStarting(lines, "ABCDEFGHIJKL").text,
+              "ABCDEFGHIJKL    Nastro                            1  x " + eur(200) + "    = " + eur(200));
+    EXPECT_EQ(test::pdfLineStarting(lines, "A1 ").text,
+              "A1           123456789012345678901234567890    1  x " + eur(200) + "    = " + eur(200));
+    EXPECT_EQ(test::pdfLineStarting(lines, "A2 ").text,
+              "A2           D                                 1000 x " + eur(1250) + "     = " + eur(1250000));
+}
+
+TEST_P(StatementPrintTest, emptyDepositBecomesZeroAndTheDifferenceIsTheTotal)
+{
+    openOrder({{"BOM001", "Bomboniera", 2, 80}});
+    field("txt_Acconto")->clear();
+    const QVector<test::PdfLine> lines = test::pdfLines(print());
+    EXPECT_EQ(text("txt_Acconto"), "0");
+    EXPECT_EQ(test::pdfLineStarting(lines, "ACCONTO:").text, "ACCONTO:            " + eur(0));
+    EXPECT_EQ(test::pdfLineStarting(lines, "DIFFERENZA:").text, "DIFFERENZA:         " + eur(16000));
+}
+
+TEST_P(StatementPrintTest, customerAndTotalsTakeTheConfiguredSize)
+{
+    const struct
+    {
+        const char* setting;
+        double points;
+    } cases[] = {{"5", 14}, {"abc", 14}, {"6", 6}};
+    openOrder({{"BOM001", "Bomboniera", 2, 80}});
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.setting);
+        m_host->SaveSetting("albaluce", "GEST_DIM_RICACCIO", c.setting, "eKELA");
+        const QString path = print();
+        const QVector<test::PdfLine> lines = test::pdfLines(path);
+        // Measured against the order line, printed in 12 points whatever the setting.
+        const double twelve = test::pdfLineStarting(lines, "COMMISSIONE").height / 12;
+        for (const char* start : {"SPETT.LE:", "ACCONTO:", "TOTALE:", "DIFFERENZA:"})
+            EXPECT_NEAR(test::pdfLineStarting(lines, start).height / twelve, c.points, 0.2) << start;
+        QFile::remove(path);
+    }
+}
+
+TEST_P(StatementPrintTest, answeringNoPrintsNothingAndChangesNothing)
+{
+    openOrder({{"BOM001", "Bomboniera", 2, 80}});
+    field("txt_Acconto")->clear();
+    test::ScriptedDialogs dialogs;
+    dialogs.expectMessage("Stampare l'estratto della Commissione corrente?", host::Answer::No);
+    EXPECT_FALSE(m_form->Documento_StampaRicevutaRitiro());
+    EXPECT_TRUE(test::pdfFiles(m_pdfDir.path()).isEmpty());
+    EXPECT_EQ(state("2026"), "EMESSOEMESSO");
+    EXPECT_EQ(text("txt_Acconto"), "");
+}
+
+TEST_P(StatementPrintTest, onlyTheOrdersSeriesIsCollected)
+{
+    test::addOrderLine(db(), "42", QDate(2025, 3, 1));
+    test::addOrderLine(db(), "43", kOrderDate);
+    openOrder({{"BOM001", "Bomboniera", 2, 80}});
+    print();
+    EXPECT_EQ(state("2026"), "RITIRATORITIRATO");
+    EXPECT_EQ(state("2025"), "EMESSOEMESSO");
+    EXPECT_EQ(state("2026", "43"), "EMESSOEMESSO");
+}
+
+TEST_P(StatementPrintTest, theToolbarsPrintKeyPrintsTheStatement)
+{
+    openOrder({{"BOM001", "Bomboniera", 2, 80}});
+    test::ScriptedDialogs dialogs;
+    dialogs.expectMessage("Stampare l'estratto della Commissione corrente?", host::Answer::Yes);
+    dialogs.expectMessage("Il documento è stato salvato come PDF");
+    m_form->tbComandiDocumento_ButtonClick(m_form->findChild<QAction*>("act_PRINT"));
+    EXPECT_EQ(test::pdfFiles(m_pdfDir.path()).size(), 1);
+    EXPECT_EQ(state("2026"), "RITIRATORITIRATO");
+}
+
+TEST_P(StatementPrintTest, anInvalidPropertyValueIsTriedOnceMoreThenReportedWithTheRow)
+{
+    openOrder({{"BOM001", "Bomboniera", 2, 80}, {"CNF002", "Confetti", 3, 15}});
+    m_host->keepErrors = true;
+    m_host->padWidthFailures = 1;
+    print();
+    EXPECT_TRUE(m_host->reported.isEmpty()) << m_host->reported.join('\n').toStdString();
+
+    m_host->padWidthFailures = 2;
+    test::ScriptedDialogs dialogs;
+    dialogs.expectMessage("Stampare l'estratto della Commissione corrente?", host::Answer::Yes);
+    db().executeBound("update movimenti set statoriga='EMESSO'");
+    EXPECT_FALSE(m_form->Documento_StampaRicevutaRitiro());
+    EXPECT_EQ(m_host->reported,
+              QStringList{"Documento_StampaRicevutaRitiro2|Errori rilevati durante la stampa dell'estratto N° 42"});
+    EXPECT_EQ(test::pdfFiles(m_pdfDir.path()).size(), 1); // the first print's only
+    EXPECT_EQ(state("2026"), "EMESSOEMESSO");
+}
+
+TEST_P(StatementPrintTest, aFailedStatusUpdateIsReportedAfterTheLastRowAndTheOperatorToldWhereThePaperIs)
+{
+    openOrder({{"BOM001", "Bomboniera", 2, 80}, {"CNF002", "Confetti", 3, 15}});
+    m_host->keepErrors = true;
+    test::setReadOnly(db(), true);
+    print(false);
+    test::setReadOnly(db(), false);
+    EXPECT_EQ(m_host->reported,
+              QStringList{"Documento_StampaRicevutaRitiro4|Errori rilevati durante la stampa dell'estratto N° 42"});
+    EXPECT_EQ(state("2026"), "EMESSOEMESSO");
+}
+
+XV_INSTANTIATE_FOR_ENGINES(StatementPrintTest);
+
+} // namespace
