@@ -10,6 +10,9 @@
 #include "form/frm_Commissioni.h"
 
 #include <QAction>
+#include <QDeadlineTimer>
+#include <QThread>
+#include <QUuid>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
@@ -91,6 +94,39 @@ protected:
     QTemporaryDir m_pdfDir;
 };
 
+const QRegularExpression kClock(QStringLiteral("ORA DI STAMPA: \\d\\d:\\d\\d:\\d\\d"));
+
+// Every printed line of the known order, as the paper shows it, the time of printing left out.
+QStringList knownOrderLines(const QString& title, const QString& customer)
+{
+    const QString rule65(65, '_');
+    return {title,
+            "COMMISSIONE  : 42 di sabato, 20 giugno 2026",
+            "ORA DI STAMPA",
+            "SPETT.LE: " + customer,
+            rule65,
+            "    ESTRATTO COMMISSIONE --- --- --- ELENCO ARTICOLI E PREZZI",
+            rule65,
+            "CODICE               DESCRIZIONE          QU.TA x PREZZO",
+            "BOM001       Bomboniera in porcellana          2  x " + eur(8000) + "     = " + eur(16000),
+            "CNF002       Confetti alla mandorla            3  x " + eur(1500) + "     = " + eur(4500),
+            QString(75, '_'),
+            "ACCONTO:            " + eur(1000),
+            "TOTALE:             " + eur(20500),
+            "DIFFERENZA:         " + eur(19500),
+            rule65,
+            QString(37, ' ') + "FIRMA:______________________"};
+}
+
+// The lines as a reader without the words' places sees them: in order, blanks run together.
+QStringList simplified(QStringList lines)
+{
+    for (QString& line : lines)
+        line = line.simplified();
+    lines.replaceInStrings(kClock, "ORA DI STAMPA");
+    return lines;
+}
+
 TEST_P(StatementPrintTest, printsEveryLineOfTheOrderAndMarksItCollected)
 {
     openOrder({{"BOM001", "Bomboniera in porcellana", 2, 80}, {"CNF002", "Confetti alla mandorla", 3, 15}});
@@ -101,38 +137,14 @@ TEST_P(StatementPrintTest, printsEveryLineOfTheOrderAndMarksItCollected)
     for (const test::PdfLine& line : test::pdfLines(path))
         printed << line.text;
     ASSERT_EQ(printed.size(), 16) << printed.join('\n').toStdString();
-    static const QRegularExpression clock(QStringLiteral("^ORA DI STAMPA: \\d\\d:\\d\\d:\\d\\d$"));
-    EXPECT_TRUE(clock.match(printed[2]).hasMatch()) << printed[2].toStdString();
+    EXPECT_EQ(kClock.match(printed[2]).captured(0), printed[2]) << printed[2].toStdString();
     printed[2] = "ORA DI STAMPA";
-    const QString rule65(65, '_');
-    const QStringList expected = {
+    const QStringList expected = knownOrderLines(
         (m_host->GetAppTitle() + " - FASE: 0 - ESTRATTO COMMISSIONE - OPERATORE: " + text("txt_rowidUtente"))
             .trimmed(),
-        "COMMISSIONE  : 42 di sabato, 20 giugno 2026",
-        "ORA DI STAMPA",
-        "SPETT.LE: Rossi Maria",
-        rule65,
-        "    ESTRATTO COMMISSIONE --- --- --- ELENCO ARTICOLI E PREZZI",
-        rule65,
-        "CODICE               DESCRIZIONE          QU.TA x PREZZO",
-        "BOM001       Bomboniera in porcellana          2  x " + eur(8000) + "     = " + eur(16000),
-        "CNF002       Confetti alla mandorla            3  x " + eur(1500) + "     = " + eur(4500),
-        QString(75, '_'),
-        "ACCONTO:            " + eur(1000),
-        "TOTALE:             " + eur(20500),
-        "DIFFERENZA:         " + eur(19500),
-        rule65,
-        QString(37, ' ') + "FIRMA:______________________"};
+        "Rossi Maria");
     EXPECT_EQ(printed, expected);
-    // The same text in the same order as a reader without the positions sees it.
-    QStringList layout = test::pdfLayoutLines(path);
-    for (QString& line : layout)
-        line = line.simplified();
-    layout.replaceInStrings(clock, "ORA DI STAMPA");
-    QStringList simplified = expected;
-    for (QString& line : simplified)
-        line = line.simplified();
-    EXPECT_EQ(layout, simplified);
+    EXPECT_EQ(simplified(test::pdfLayoutLines(path)), simplified(expected));
     EXPECT_EQ(state("2026"), "RITIRATORITIRATO");
 }
 
@@ -244,6 +256,50 @@ TEST_P(StatementPrintTest, aFailedStatusUpdateIsReportedAfterTheLastRowAndTheOpe
     EXPECT_EQ(m_host->reported,
               QStringList{"Documento_StampaRicevutaRitiro4|Errori rilevati durante la stampa dell'estratto N° 42"});
     EXPECT_EQ(state("2026"), "EMESSOEMESSO");
+}
+
+// Through the shop's real print queue: a CUPS server of the test script's own, whose cups-pdf queue writes
+// the paper as a PDF file.
+TEST_P(StatementPrintTest, printsThroughARealPrintQueue)
+{
+    const QString queue = qEnvironmentVariable("XV_TEST_CUPS_QUEUE");
+    const QString paper = qEnvironmentVariable("XV_TEST_CUPS_PDF_DIR");
+    if (queue.isEmpty() || paper.isEmpty()) {
+        const QString why = qEnvironmentVariable("XV_TEST_CUPS_UNAVAILABLE",
+                                                 "no print queue of the tests: scripts/test starts one");
+        GTEST_SKIP() << why.toStdString();
+    }
+    m_host->SaveSetting("STAMPA", "Stampante", queue, "eKELA");
+    openOrder({{"BOM001", "Bomboniera in porcellana", 2, 80}, {"CNF002", "Confetti alla mandorla", 3, 15}});
+    // Both engines' runs share the queue: each knows its own paper by the customer's name.
+    const QString customer = "Cliente " + QUuid::createUuid().toString(QUuid::Id128).left(12);
+    field("txt_ragsoc")->setText(customer);
+    {
+        test::ScriptedDialogs dialogs;
+        dialogs.expectMessage("Stampare l'estratto della Commissione corrente?", host::Answer::Yes);
+        ASSERT_TRUE(m_form->Documento_StampaRicevutaRitiro());
+    }
+    EXPECT_TRUE(test::pdfFiles(m_pdfDir.path()).isEmpty());
+    EXPECT_EQ(state("2026"), "RITIRATORITIRATO");
+
+    QStringList printed;
+    QDeadlineTimer deadline(std::chrono::seconds(90));
+    while (printed.isEmpty() && !deadline.hasExpired()) {
+        QThread::msleep(250);
+        for (const QString& path : test::pdfFiles(paper)) {
+            try {
+                const QStringList lines = test::pdfLayoutLines(path);
+                if (lines.join('\n').contains("SPETT.LE: " + customer))
+                    printed = lines;
+            } catch (const std::exception&) {
+                // The queue is still writing it.
+            }
+        }
+    }
+    ASSERT_FALSE(printed.isEmpty()) << "the queue wrote no paper into " << paper.toStdString();
+    const QString title = m_host->GetAppTitle() + " - FASE: 0 - ESTRATTO COMMISSIONE - OPERATORE: " +
+                          text("txt_rowidUtente");
+    EXPECT_EQ(simplified(printed), simplified(knownOrderLines(title, customer)));
 }
 
 XV_INSTANTIATE_FOR_ENGINES(StatementPrintTest);
