@@ -46,7 +46,8 @@ void printThousandLineStatement(benchmark::State& state)
     QString fault;
     QElapsedTimer clock;
     for (auto _ : state) {
-        shop.expectMessage(QStringLiteral("Stampare l'estratto della Commissione corrente?"), host::Answer::Yes);
+        shop.expectMessage(QStringLiteral("Stampare l'estratto della Commissione corrente?"),
+                           host::Answer::Yes);
         shop.expectMessage(QStringLiteral("Il documento è stato salvato come PDF"), host::Answer::Ok);
         clock.start();
         const bool printed = form.Documento_StampaRicevutaRitiro();
@@ -54,7 +55,8 @@ void printThousandLineStatement(benchmark::State& state)
         const QStringList files = QDir(paper.path()).entryList({QStringLiteral("*.pdf")}, QDir::Files);
         if ((!printed || files.size() != 1) && fault.isEmpty())
             fault = QStringLiteral("no statement was printed: ") + shop.lastBox();
-        state.counters["pdf_kb"] = static_cast<double>(QFileInfo(paper.filePath(files.value(0))).size()) / 1024;
+        state.counters["pdf_kb"] =
+            static_cast<double>(QFileInfo(paper.filePath(files.value(0))).size()) / 1024;
         for (const QString& file : files)
             QFile::remove(paper.filePath(file));
     }

@@ -54,7 +54,8 @@ printing::StatementInput frm_Commissioni::statementInput() const
     const lines::FlexGrid* lines = grid();
     input.rows.reserve(std::max(0, lines->rows() - lines::FirstDataRow));
     for (int r = lines::FirstDataRow; r < lines->rows(); ++r)
-        input.rows.append({lines->textMatrix(r, lines::Col_codice_med), lines->textMatrix(r, lines::Col_Descrizione1),
+        input.rows.append({lines->textMatrix(r, lines::Col_codice_med),
+                           lines->textMatrix(r, lines::Col_Descrizione1),
                            lines->textMatrix(r, lines::Col_qta), lines->textMatrix(r, lines::Col_prezzo),
                            lines->textMatrix(r, lines::Col_totale)});
     input.deposit = m_ui->txt_Acconto->text();
@@ -83,16 +84,16 @@ bool frm_Commissioni::Documento_StampaRicevutaRitiro()
                 QApplication::restoreOverrideCursor();
             return false;
         }
-        const int emphasis = printing::emphasisPointSize(
-            h.GetSetting(kShopSection, QStringLiteral("GEST_DIM_RICACCIO"), QStringLiteral("14"), kSuiteStore));
+        const int emphasis = printing::emphasisPointSize(h.GetSetting(
+            kShopSection, QStringLiteral("GEST_DIM_RICACCIO"), QStringLiteral("14"), kSuiteStore));
         // Read as the other prints of the suite read it, so that a value out of range is told here too.
-        common::toByte(common::numericValue(
-            h.GetSetting(kShopSection, QStringLiteral("GEST_STAMPA_RICACCIO"), QStringLiteral("1"), kSuiteStore)));
+        common::toByte(common::numericValue(h.GetSetting(kShopSection, QStringLiteral("GEST_STAMPA_RICACCIO"),
+                                                         QStringLiteral("1"), kSuiteStore)));
         if (m_ui->txt_Acconto->text().isEmpty())
             m_ui->txt_Acconto->setText(QStringLiteral("0"));
-        const QString picture = h.GetSetting(QStringLiteral("Ricacci"), QStringLiteral("RicaccioFileHeader"),
-                                             h.GetDataPath() + QStringLiteral("albaluce-header.jpg"),
-                                             QStringLiteral("xVELA"));
+        const QString picture =
+            h.GetSetting(QStringLiteral("Ricacci"), QStringLiteral("RicaccioFileHeader"),
+                         h.GetDataPath() + QStringLiteral("albaluce-header.jpg"), QStringLiteral("xVELA"));
 
         runStep(retried, [&] {
             printing::StatementInput input = statementInput();
@@ -112,7 +113,8 @@ bool frm_Commissioni::Documento_StampaRicevutaRitiro()
         done = true;
     } catch (...) {
         h.ReportError(QStringLiteral("Documento_StampaRicevutaRitiro") + QString::number(row),
-                      QStringLiteral("Errori rilevati durante la stampa dell'estratto N° ") + m_order.numero, true);
+                      QStringLiteral("Errori rilevati durante la stampa dell'estratto N° ") + m_order.numero,
+                      true);
     }
     // Where the paper went is worth knowing even when marking the order collected failed.
     if (!notice.isEmpty())

@@ -98,7 +98,8 @@ Statement buildStatement(const StatementInput& input, const PadWidthFn& padWidth
         kTitleSize);
     for (int i = 0; i < kRoomUnderPicture; ++i)
         add(QString(), kTitleSize);
-    add(QStringLiteral("COMMISSIONE  : ") + input.number + QStringLiteral(" di ") + longDateText(input.orderDate),
+    add(QStringLiteral("COMMISSIONE  : ") + input.number + QStringLiteral(" di ") +
+            longDateText(input.orderDate),
         kBodySize);
     add(QStringLiteral("ORA DI STAMPA: ") + timeText(input.printTime), kBodySize);
     add(QStringLiteral("SPETT.LE: ") + input.customer, input.emphasisSize, true);
@@ -143,10 +144,10 @@ void printStatement(const Statement& statement, QPrinter& printer)
                                    QStringLiteral("Immagine non valida: ") + statement.picturePath);
     QPainter painter;
     if (!painter.begin(&printer))
-        throw common::RuntimeError(kPrinterError, QStringLiteral("Impossibile avviare la stampa su ") +
-                                                      (printer.outputFileName().isEmpty()
-                                                           ? printer.printerName()
-                                                           : printer.outputFileName()));
+        throw common::RuntimeError(
+            kPrinterError,
+            QStringLiteral("Impossibile avviare la stampa su ") +
+                (printer.outputFileName().isEmpty() ? printer.printerName() : printer.outputFileName()));
     if (!picture.isNull()) {
         const double scale = printer.resolution() / kTwipsPerInch;
         const QRect& at = statement.pictureTwips;
@@ -160,7 +161,8 @@ void printStatement(const Statement& statement, QPrinter& printer)
         const QFontMetricsF metrics(font, &printer);
         if (y > 0 && y + metrics.height() > pageHeight) {
             if (!printer.newPage())
-                throw common::RuntimeError(kPrinterError, QStringLiteral("Impossibile iniziare una nuova pagina"));
+                throw common::RuntimeError(kPrinterError,
+                                           QStringLiteral("Impossibile iniziare una nuova pagina"));
             y = 0;
         }
         if (!line.text.isEmpty()) {
@@ -170,14 +172,15 @@ void printStatement(const Statement& statement, QPrinter& printer)
         y += metrics.height();
     }
     if (!painter.end() || printer.printerState() == QPrinter::Error)
-        throw common::RuntimeError(kPrinterError, QStringLiteral("La stampante non ha accettato il documento"));
+        throw common::RuntimeError(kPrinterError,
+                                   QStringLiteral("La stampante non ha accettato il documento"));
 }
 
 QString collectedStatusSql(int year, const QString& number)
 {
     return QStringLiteral("update movimenti set statoriga='RITIRATO' where serie='") +
-           data::sqlEscape(QString::number(year)) + QStringLiteral("' and numero='") + data::sqlEscape(number) +
-           QLatin1Char('\'');
+           data::sqlEscape(QString::number(year)) + QStringLiteral("' and numero='") +
+           data::sqlEscape(number) + QLatin1Char('\'');
 }
 
 void markOrderCollected(host::IHost& host, int year, const QString& number)

@@ -60,8 +60,8 @@ struct StatementInput
     QTime printTime;
     QString customer;
     QVector<StatementRow> rows;
-    QString deposit; // currency text, as typed
-    QString total;   // currency text
+    QString deposit;       // currency text, as typed
+    QString total;         // currency text
     int emphasisSize = 14; // the customer and total lines; see emphasisPointSize
     QString picturePath;
 };

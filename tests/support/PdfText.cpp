@@ -44,8 +44,8 @@ QStringList pdfLayoutLines(const QString& path)
     QStringList lines;
     static const QRegularExpression trailing(QStringLiteral("\\s+$"));
     static const QRegularExpression breaks(QStringLiteral("[\\n\\f]"));
-    const QString text =
-        QString::fromUtf8(run(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), path, QStringLiteral("-")}));
+    const QString text = QString::fromUtf8(
+        run(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), path, QStringLiteral("-")}));
     for (QString line : text.split(breaks)) {
         line.remove(trailing);
         if (!line.isEmpty())
@@ -59,7 +59,8 @@ QVector<PdfLine> pdfLines(const QString& path)
     // Words by page and by the top of their line, which the words of one printed line share.
     QMap<std::pair<int, qint64>, QVector<Word>> rows;
     double left = std::numeric_limits<double>::max();
-    QXmlStreamReader xml(run(QStringLiteral("pdftotext"), {QStringLiteral("-bbox"), path, QStringLiteral("-")}));
+    QXmlStreamReader xml(
+        run(QStringLiteral("pdftotext"), {QStringLiteral("-bbox"), path, QStringLiteral("-")}));
     int page = 0;
     while (!xml.atEnd()) {
         if (xml.readNext() != QXmlStreamReader::StartElement)
@@ -107,15 +108,6 @@ PdfLine pdfLineStarting(const QVector<PdfLine>& lines, const QString& start)
         if (line.text.startsWith(start))
             return line;
     return {};
-}
-
-int pdfPages(const QString& path)
-{
-    const QString info = QString::fromUtf8(run(QStringLiteral("pdfinfo"), {path}));
-    static const QRegularExpression pages(QStringLiteral("^Pages:\\s+(\\d+)"),
-                                          QRegularExpression::MultilineOption);
-    const QRegularExpressionMatch match = pages.match(info);
-    return match.hasMatch() ? match.captured(1).toInt() : 0;
 }
 
 QStringList pdfFiles(const QString& folder)

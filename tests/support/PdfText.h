@@ -26,8 +26,6 @@ QVector<PdfLine> pdfLines(const QString& path);
 // The first line that starts with the text; an empty line when there is none.
 PdfLine pdfLineStarting(const QVector<PdfLine>& lines, const QString& start);
 
-int pdfPages(const QString& path);
-
 // The PDF files in a folder, oldest first.
 QStringList pdfFiles(const QString& folder);
 
