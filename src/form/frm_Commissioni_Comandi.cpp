@@ -5,7 +5,6 @@
 #include "ui_frm_Commissioni.h"
 
 #include "common/Conversions.h"
-#include "common/RuntimeError.h"
 #include "host/Dialogs.h"
 #include "host/Services.h"
 
