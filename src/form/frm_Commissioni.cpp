@@ -231,6 +231,7 @@ void frm_Commissioni::closeEvent(QCloseEvent* event)
 
 void frm_Commissioni::InitForm(quint8 phase)
 {
+    m_phase = QString::number(phase);
     try {
         GET_Impostazioni();
         GET_Categorie();

@@ -8,6 +8,7 @@
 #include "orders/OpenOrder.h"
 #include "orders/OrderSave.h"
 #include "printing/OrderChoice.h"
+#include "printing/Statement.h"
 
 #include <QDateTime>
 #include <QMainWindow>
@@ -241,6 +242,9 @@ private:
     void printAfterSaving();
     // --- control slips and change of state: the menus' entries and the status-bar panels wired up
     void setupComandeControls();
+    // --- printing: the order statement
+    // The open order as its statement shows it, read from the form.
+    printing::StatementInput statementInput() const;
     // False, with the field named and the focus on it, when a text of the order could not be kept as typed.
     bool textsCanBeSaved();
     // A header field typed in and not yet left, as leaving it would take it; false when it refused.
@@ -314,6 +318,9 @@ private:
     QPointer<QLineEdit> m_leftAlready;
     // The orders chosen for a change of state or for their control slips, from the choice to the end.
     printing::ChosenOrders m_chosen;
+    // --- printing: the order statement
+    // The phase the form was opened in, which the statement's title names.
+    QString m_phase;
 };
 
 } // namespace xv::form

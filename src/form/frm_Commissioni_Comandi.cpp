@@ -5,7 +5,6 @@
 #include "ui_frm_Commissioni.h"
 
 #include "common/Conversions.h"
-#include "common/RuntimeError.h"
 #include "host/Dialogs.h"
 #include "host/Services.h"
 
@@ -83,7 +82,10 @@ void frm_Commissioni::tbComandiDocumento_ButtonClick(QAction* button)
             Documento_Trova();
             StateOfButtons();
         } else if (key == QLatin1String("PRINT")) {
-            throw common::RuntimeError::notSupported(QStringLiteral("Documento_StampaRicevutaRitiro"));
+            if (host::host().IsControlSlipMode())
+                Documento_StampaCControllo(1);
+            else
+                Documento_StampaRicevutaRitiro();
         } else if (key == QLatin1String("EXIT")) {
             close();
         }

@@ -1,5 +1,102 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QDate>
+#include <QFont>
+#include <QRect>
+#include <QString>
+#include <QTime>
+#include <QVector>
+
+#include <functional>
+
+class QPrinter;
+
+namespace xv::host {
+class IHost;
+}
+
 namespace xv::printing {
+
+// The statement handed to the customer at pick-up, as the printer gets it: lines of a fixed-pitch font
+// whose columns are made with blanks, each line in its own size, and the shop's header picture.
+struct StatementLine
+{
+    QString text;
+    int pointSize = 14;
+    bool bold = false;
+
+    friend bool operator==(const StatementLine&, const StatementLine&) = default;
+};
+
+struct Statement
+{
+    static inline const QString kFontFamily = QStringLiteral("Courier New");
+
+    QVector<StatementLine> lines;
+    // The header picture, drawn on the first page only; no path, no picture. Its place is in twips.
+    QString picturePath;
+    QRect pictureTwips{4000, 40, 4200, 1300};
+};
+
+// One article line of the order, as the grid shows it.
+struct StatementRow
+{
+    QString code;
+    QString description;
+    QString quantity;
+    QString price;
+    QString total;
+};
+
+// What the statement is made of, all as the form shows it.
+struct StatementInput
+{
+    QString appTitle;
+    QString phase;
+    QString operatorText;
+    QString number;
+    QDate orderDate;
+    QTime printTime;
+    QString customer;
+    QVector<StatementRow> rows;
+    QString deposit;       // currency text, as typed
+    QString total;         // currency text
+    int emphasisSize = 14; // the customer and total lines; see emphasisPointSize
+    QString picturePath;
+};
+
+// The host's count of blanks that fill a text out to a width.
+using PadWidthFn = std::function<int(const QString& text, int width)>;
+
+// The grid row the first article line comes from: the counter an error names starts there.
+inline constexpr int kFirstArticleRow = 2;
+
+// The size of the customer and total lines from setting "GEST_DIM_RICACCIO": the whole value of its text,
+// with anything below 6 (a non-number reads 0) taken as the usual 14.
+int emphasisPointSize(const QString& setting);
+
+// The order date as the statement shows it, with Italian day and month names: "sabato, 20 giugno 2026".
+QString longDateText(const QDate& date);
+// The time of day in the locale's own long form, without a time zone: "18:05:32".
+QString timeText(const QTime& time, const QLocale& locale = QLocale());
+
+// The statement's lines. row follows the grid row being laid out (0 before the articles, the row after
+// the last one once they are done), so that an error thrown here can say where it came; throws when the
+// deposit or the total is not an amount.
+Statement buildStatement(const StatementInput& input, const PadWidthFn& padWidth, int* row = nullptr);
+
+// The font of a statement line: the fixed-pitch face, or the system's monospace one where it is missing.
+QFont statementFont(const StatementLine& line);
+
+// Paints the statement onto an open printer: the picture where its twips say, then the lines one under the
+// other, each as high as its font, on as many pages as they need. Throws when the printer cannot be
+// started, or when a picture that exists cannot be read.
+void printStatement(const Statement& statement, QPrinter& printer);
+
+// Once its statement is printed, every line of the order is collected, whatever its state was: the rows of
+// the order's number in the series of its year, and no other series.
+QString collectedStatusSql(int year, const QString& number);
+void markOrderCollected(host::IHost& host, int year, const QString& number);
+
 } // namespace xv::printing

@@ -4,6 +4,7 @@
 #include "TestOrders.h"
 
 #include "common/Money.h"
+#include "common/RuntimeError.h"
 #include "host/Services.h"
 #include "lines/FlexGrid.h"
 #include "lines/GridColumns.h"
@@ -28,6 +29,15 @@ void WatchingHost::FilterKeyPress(int& keyCode)
         keyCode = 0;
     else if (keyCode == 'q')
         keyCode = 'Q';
+}
+
+int WatchingHost::PadWidth(const QString& text, int width, int mode)
+{
+    if (padWidthFailures > 0) {
+        --padWidthFailures;
+        throw common::RuntimeError::invalidPropertyValue(QStringLiteral("PadWidth"));
+    }
+    return Host::PadWidth(text, width, mode);
 }
 
 void FormTest::SetUp()

@@ -29,11 +29,14 @@ public:
     host::Colour GetLockedColor() override { return colours << "locked", Host::GetLockedColor(); }
     host::Colour GetIssuedColor() override { return colours << "issued", Host::GetIssuedColor(); }
     host::Colour GetCollectedColor() override { return colours << "collected", Host::GetCollectedColor(); }
+    int PadWidth(const QString& text, int width, int mode) override;
 
     bool keepErrors = false;
     bool filterKeys = false;
     QStringList reported;
     QStringList colours;
+    // PadWidth raises an invalid property value this many times before it answers again.
+    int padWidthFailures = 0;
 };
 
 // The real order form, offscreen, through a real host on a fresh database of each engine. Orders are the

@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: MIT
+#include "PdfText.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QMap>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QXmlStreamReader>
+
+#include <cmath>
+#include <limits>
+#include <stdexcept>
+
+namespace xv::test {
+
+namespace {
+
+QByteArray run(const QString& program, const QStringList& arguments)
+{
+    QProcess process;
+    process.start(program, arguments);
+    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit ||
+        process.exitCode() != 0)
+        throw std::runtime_error((program + QLatin1Char(' ') + arguments.join(QLatin1Char(' ')) +
+                                  QStringLiteral(" failed: ") +
+                                  QString::fromLocal8Bit(process.readAllStandardError()))
+                                     .toStdString());
+    return process.readAllStandardOutput();
+}
+
+struct Word
+{
+    QString text;
+    double xMin = 0;
+    double xMax = 0;
+    double height = 0;
+};
+
+} // namespace
+
+QStringList pdfLayoutLines(const QString& path)
+{
+    QStringList lines;
+    static const QRegularExpression trailing(QStringLiteral("\\s+$"));
+    static const QRegularExpression breaks(QStringLiteral("[\\n\\f]"));
+    const QString text = QString::fromUtf8(
+        run(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), path, QStringLiteral("-")}));
+    for (QString line : text.split(breaks)) {
+        line.remove(trailing);
+        if (!line.isEmpty())
+            lines << line;
+    }
+    return lines;
+}
+
+QVector<PdfLine> pdfLines(const QString& path)
+{
+    // Words by page and by the top of their line, which the words of one printed line share.
+    QMap<std::pair<int, qint64>, QVector<Word>> rows;
+    double left = std::numeric_limits<double>::max();
+    QXmlStreamReader xml(
+        run(QStringLiteral("pdftotext"), {QStringLiteral("-bbox"), path, QStringLiteral("-")}));
+    int page = 0;
+    while (!xml.atEnd()) {
+        if (xml.readNext() != QXmlStreamReader::StartElement)
+            continue;
+        if (xml.name() == QLatin1String("page")) {
+            ++page;
+        } else if (xml.name() == QLatin1String("word")) {
+            const QXmlStreamAttributes a = xml.attributes();
+            const auto number = [&a](const char* name) { return a.value(QLatin1String(name)).toDouble(); };
+            Word word{QString(), number("xMin"), number("xMax"), number("yMax") - number("yMin")};
+            word.text = xml.readElementText();
+            left = std::min(left, word.xMin);
+            rows[{page, std::llround(number("yMin") * 100)}].append(word);
+        }
+    }
+    QVector<PdfLine> lines;
+    for (auto row = rows.cbegin(); row != rows.cend(); ++row) {
+        double pitch = 0;
+        qsizetype longest = 0;
+        for (const Word& word : *row) {
+            if (word.text.size() > longest) {
+                longest = word.text.size();
+                pitch = (word.xMax - word.xMin) / static_cast<double>(word.text.size());
+            }
+        }
+        PdfLine line;
+        line.page = row.key().first;
+        for (const Word& word : *row) {
+            const auto column = static_cast<qsizetype>(std::lround((word.xMin - left) / pitch));
+            if (line.text.size() < column)
+                line.text += QString(column - line.text.size(), QLatin1Char(' '));
+            else if (!line.text.isEmpty())
+                line.text += QLatin1Char(' ');
+            line.text += word.text;
+            line.height = std::max(line.height, word.height);
+        }
+        lines << line;
+    }
+    return lines;
+}
+
+PdfLine pdfLineStarting(const QVector<PdfLine>& lines, const QString& start)
+{
+    for (const PdfLine& line : lines)
+        if (line.text.startsWith(start))
+            return line;
+    return {};
+}
+
+QStringList pdfFiles(const QString& folder)
+{
+    QStringList paths;
+    const QFileInfoList files =
+        QDir(folder).entryInfoList({QStringLiteral("*.pdf")}, QDir::Files, QDir::Time | QDir::Reversed);
+    for (const QFileInfo& file : files)
+        paths << file.absoluteFilePath();
+    return paths;
+}
+
+} // namespace xv::test
