@@ -4,7 +4,7 @@
 #include "FormFixture.h"
 #include "ScriptedDialogs.h"
 #include "ScriptedLists.h"
-#include "SlipPdf.h"
+#include "PdfText.h"
 #include "TestOrders.h"
 
 #include "common/Dates.h"
@@ -194,7 +194,7 @@ TEST_P(ComandeTest, SlipsOfTheChosenOrdersOfTheSelectedLineAndOfAnOrderWithoutRo
         chooseEntry("PRINT", "SCC_INTERVALLO");
         EXPECT_EQ(lists.requests().value(0).sql, "select * from Doc_Commissioni_testate");
     }
-    const QStringList files = test::pdfFilesIn(m_pdfDir.path());
+    const QStringList files = test::pdfFiles(m_pdfDir.path());
     ASSERT_EQ(files.size(), 1);
     const QString text = test::pdfLayoutText(files[0]);
     EXPECT_EQ(text.count("COMANDA DI CONTROLLO"), 3);
@@ -212,7 +212,7 @@ TEST_P(ComandeTest, SlipsOfTheChosenOrdersOfTheSelectedLineAndOfAnOrderWithoutRo
         dialogs.expectMessage("salvato come PDF");
         m_form->Documento_StampaCControllo(0);
     }
-    const QStringList after = test::pdfFilesIn(m_pdfDir.path());
+    const QStringList after = test::pdfFiles(m_pdfDir.path());
     ASSERT_EQ(after.size(), 2);
     const QString line = test::pdfLayoutText(after.first() == files[0] ? after.last() : after.first());
     EXPECT_EQ(line.count("COMANDA DI CONTROLLO"), 1);
@@ -227,7 +227,7 @@ TEST_P(ComandeTest, SlipsOfTheChosenOrdersOfTheSelectedLineAndOfAnOrderWithoutRo
     dialogs.expectMessage("Il risultato della selezione non ha restituito nessun elemento!");
     chooseEntry("PRINT", "SCC");
     EXPECT_EQ(dialogs.messages().value(1).icon, host::Icon::Information);
-    EXPECT_EQ(test::pdfFilesIn(m_pdfDir.path()).size(), 2);
+    EXPECT_EQ(test::pdfFiles(m_pdfDir.path()).size(), 2);
 }
 
 TEST_P(ComandeTest, TheCardsListShowsTheDaysOrdersWithCardsAndANonDateEndsSilently)

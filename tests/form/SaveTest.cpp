@@ -3,7 +3,7 @@
 // each engine: what the rows, the counter and the stock hold afterwards, and what the operator is told.
 #include "FormFixture.h"
 #include "ScriptedDialogs.h"
-#include "SlipPdf.h"
+#include "PdfText.h"
 #include "TestOrders.h"
 
 #include "common/Money.h"
@@ -277,7 +277,7 @@ TEST_P(SaveTest, PrintingAfterASavePrintsTheControlSlipsOfTheSavedOrder)
     EXPECT_EQ(dialogs.messages()[2].icon, host::Icon::Question);
     EXPECT_EQ(orderRows("8"), 2) << "the order stays saved whatever the printing does";
     EXPECT_EQ(m_host->documentsWritten(), 1);
-    const QStringList files = test::pdfFilesIn(pdfDir.path());
+    const QStringList files = test::pdfFiles(pdfDir.path());
     ASSERT_EQ(files.size(), 1);
     EXPECT_EQ(test::pdfLayoutText(files[0]).count("COMANDA DI CONTROLLO"), 2);
 }

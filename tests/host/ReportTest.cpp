@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "ScriptedDialogs.h"
-#include "SlipPdf.h"
+#include "PdfText.h"
 #include "TestDatabase.h"
 #include "TestOrders.h"
 
@@ -53,7 +53,7 @@ TEST_P(ReportTest, OneSlipPerRowWithItsColumnsDatesDayFirstAndThePictureWhereThe
     dialogs.expectMessage("Il documento è stato salvato come PDF in:");
     EXPECT_EQ(h().PrintReport(printing::slipSqlForOrder("8", "2026")), 5);
 
-    const QStringList files = test::pdfFilesIn(m_pdfDir.path());
+    const QStringList files = test::pdfFiles(m_pdfDir.path());
     ASSERT_EQ(files.size(), 1);
     const QString text = test::pdfLayoutText(files[0]);
     EXPECT_EQ(text.count("COMANDA DI CONTROLLO"), 5) << text.toStdString();
@@ -75,7 +75,7 @@ TEST_P(ReportTest, ABadTextAnswersMinusOneAndNoRowsAnswersZeroWithNothingPrinted
     test::ScriptedDialogs dialogs; // no box: the caller says what went wrong
     EXPECT_EQ(h().PrintReport("SELECT numero, colonna_inesistente FROM movimenti"), -1);
     EXPECT_EQ(h().PrintReport(printing::slipSqlForOrder("999", "2026")), 0);
-    EXPECT_TRUE(test::pdfFilesIn(m_pdfDir.path()).isEmpty());
+    EXPECT_TRUE(test::pdfFiles(m_pdfDir.path()).isEmpty());
 }
 
 XV_INSTANTIATE_FOR_ENGINES(ReportTest);

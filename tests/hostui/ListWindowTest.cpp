@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ScriptedDialogs.h"
 #include "ScriptedLists.h"
-#include "SlipPdf.h"
+#include "PdfText.h"
 #include "TestDatabase.h"
 
 #include "common/RuntimeError.h"
@@ -223,7 +223,7 @@ TEST_P(ListWindowTest, ThePrintButtonPrintsTheRowsShownThroughTheShopsPrintDesti
     auto* print = dialog.findChild<QPushButton*>("printButton");
     ASSERT_NE(print, nullptr);
     QTest::mouseClick(print, Qt::LeftButton);
-    const QStringList files = test::pdfFilesIn(pdfDir.path());
+    const QStringList files = test::pdfFiles(pdfDir.path());
     ASSERT_EQ(files.size(), 1);
     const QString text = test::pdfLayoutText(files[0]);
     for (const char* shown : {"Commissioni da ritirare", "2 righe", "Nominativo", "Rossi Maria", "Rossi Anna"})

@@ -39,13 +39,34 @@ struct Word
 
 } // namespace
 
+QString pdfLayoutText(const QString& path)
+{
+    return QString::fromUtf8(
+        run(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), path, QStringLiteral("-")}));
+}
+
+int pdfImageCount(const QString& path)
+{
+    const QStringList lines = QString::fromUtf8(run(QStringLiteral("pdfimages"), {QStringLiteral("-list"), path}))
+                                  .split(u'\n', Qt::SkipEmptyParts);
+    return static_cast<int>(lines.size()) - 2; // two heading lines
+}
+
+int pdfPageCount(const QString& path)
+{
+    for (const QString& line : QString::fromUtf8(run(QStringLiteral("pdfinfo"), {path})).split(u'\n')) {
+        if (line.startsWith(QLatin1String("Pages:")))
+            return line.mid(6).trimmed().toInt();
+    }
+    return -1;
+}
+
 QStringList pdfLayoutLines(const QString& path)
 {
     QStringList lines;
     static const QRegularExpression trailing(QStringLiteral("\\s+$"));
     static const QRegularExpression breaks(QStringLiteral("[\\n\\f]"));
-    const QString text = QString::fromUtf8(
-        run(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), path, QStringLiteral("-")}));
+    const QString text = pdfLayoutText(path);
     for (QString line : text.split(breaks)) {
         line.remove(trailing);
         if (!line.isEmpty())

@@ -29,4 +29,10 @@ PdfLine pdfLineStarting(const QVector<PdfLine>& lines, const QString& start);
 // The PDF files in a folder, oldest first.
 QStringList pdfFiles(const QString& folder);
 
+// The whole text as pdftotext -layout gives it.
+QString pdfLayoutText(const QString& path);
+// How many pictures are drawn in the file.
+int pdfImageCount(const QString& path);
+int pdfPageCount(const QString& path);
+
 } // namespace xv::test
