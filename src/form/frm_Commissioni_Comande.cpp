@@ -126,7 +126,8 @@ void frm_Commissioni::Documenti_StampaCControllo(const QString& fromState, const
         m_chosen = chooseOrders(printing::statusChoiceSql(m_settings.sql_Commissioni, fromState),
                                 printing::statusChoiceCaption(fromState, toState));
         if (!m_chosen.isEmpty() && askYesNo(printing::statusQuestion(toState)))
-            host::host().GetConnection().execute(printing::statusChangeSql(fromState, toState, m_chosen));
+            host::host().GetConnection().execute(
+                printing::statusChangeSql(fromState, toState, m_chosen, m_settings.tipomovimento));
     } catch (...) {
         host::host().ReportError(QStringLiteral("Documenti_StampaCControllo"), QString(), true);
     }

@@ -108,7 +108,8 @@ bool frm_Commissioni::Documento_StampaRicevutaRitiro()
             notice = output.notice();
         });
         runStep(retried, [&] {
-            printing::markOrderCollected(h, m_order.datadocumento.date().year(), m_order.numero);
+            printing::markOrderCollected(h, m_order.documento, m_order.datadocumento.date().year(),
+                                          m_order.numero);
         });
         done = true;
     } catch (...) {

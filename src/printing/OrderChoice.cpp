@@ -63,7 +63,8 @@ QString statusQuestion(const QString& toState)
            (toState == kCollected ? QStringLiteral("RITIRATE ?") : QStringLiteral("EMESSE ?"));
 }
 
-QString statusChangeSql(const QString& fromState, const QString& toState, const ChosenOrders& chosen)
+QString statusChangeSql(const QString& fromState, const QString& toState, const ChosenOrders& chosen,
+                        const QString& orderKind)
 {
     const QString kind = toState == kCollected
                              ? QStringLiteral("tipogestione='EVENTO',tipomovimento='ENTRATA',")
@@ -71,7 +72,9 @@ QString statusChangeSql(const QString& fromState, const QString& toState, const 
     return QStringLiteral("update movimenti set ") + kind + QStringLiteral(" StatoRiga='") +
            sqlEscape(toState) + QStringLiteral("' where StatoRiga='") + sqlEscape(fromState) +
            QStringLiteral("' AND numero in (") + chosen.numbers + QStringLiteral(") and serie in (") +
-           chosen.series + QLatin1Char(')');
+           chosen.series +
+           QStringLiteral(") and documento in (select tipodocumento from numeratori where codtipodoc='") +
+           sqlEscape(orderKind) + QStringLiteral("')");
 }
 
 SlipScope slipScope(qint16 mode)

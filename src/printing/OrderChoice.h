@@ -31,8 +31,11 @@ QString statusChoiceCaption(const QString& fromState, const QString& toState);
 QString statusChoiceSql(const QString& source, const QString& fromState);
 QString statusQuestion(const QString& toState);
 // One statement for all rows: collected orders become entries of the event kind, orders moved back
-// become orders ("CO") again, which is how the program tells its own rows.
-QString statusChangeSql(const QString& fromState, const QString& toState, const ChosenOrders& chosen);
+// become orders ("CO") again, which is how the program tells its own rows. Only rows of the document type
+// that the order counters (codtipodoc orderKind) hand out change: a delivery note sharing a chosen number
+// and series is another document and keeps its state and kind.
+QString statusChangeSql(const QString& fromState, const QString& toState, const ChosenOrders& chosen,
+                        const QString& orderKind);
 
 // The control slips: which rows they print.
 enum class SlipScope { OpenOrder = 1, ChosenOrders = 2, SelectedLine = 3 };

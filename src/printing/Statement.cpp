@@ -176,16 +176,17 @@ void printStatement(const Statement& statement, QPrinter& printer)
                                    QStringLiteral("La stampante non ha accettato il documento"));
 }
 
-QString collectedStatusSql(int year, const QString& number)
+QString collectedStatusSql(const QString& documento, int year, const QString& number)
 {
     return QStringLiteral("update movimenti set statoriga='RITIRATO' where serie='") +
            data::sqlEscape(QString::number(year)) + QStringLiteral("' and numero='") +
-           data::sqlEscape(number) + QLatin1Char('\'');
+           data::sqlEscape(number) + QStringLiteral("' and documento='") + data::sqlEscape(documento) +
+           QLatin1Char('\'');
 }
 
-void markOrderCollected(host::IHost& host, int year, const QString& number)
+void markOrderCollected(host::IHost& host, const QString& documento, int year, const QString& number)
 {
-    host.GetConnection().execute(collectedStatusSql(year, number));
+    host.GetConnection().execute(collectedStatusSql(documento, year, number));
 }
 
 } // namespace xv::printing

@@ -95,8 +95,9 @@ QFont statementFont(const StatementLine& line);
 void printStatement(const Statement& statement, QPrinter& printer);
 
 // Once its statement is printed, every line of the order is collected, whatever its state was: the rows of
-// the order's number in the series of its year, and no other series.
-QString collectedStatusSql(int year, const QString& number);
-void markOrderCollected(host::IHost& host, int year, const QString& number);
+// the order's number in the series of its year, and no other series. Only rows of the order's own document
+// type: a delivery note that shares the number and the series is another document and keeps its state.
+QString collectedStatusSql(const QString& documento, int year, const QString& number);
+void markOrderCollected(host::IHost& host, const QString& documento, int year, const QString& number);
 
 } // namespace xv::printing

@@ -118,6 +118,10 @@ TEST_P(ComandeTest, ThreeChosenOrdersOfTwoSeriesChangeStateWithEveryRowTheirNumb
         line("15", m_year - 1, c.from); // not chosen, but its number and its series each were
         line("12", m_year - 2, c.from); // a series not chosen
         line("30", m_year, c.from);     // a number not chosen
+        // A supplier's delivery note with a chosen number and series is another document.
+        test::addOrderLine(db(), "15", QDate(m_year, 3, 3),
+                           {{"documento", "DDTF"}, {"StatoRiga", c.from}, {"Tipogestione", kind[0]},
+                            {"Tipomovimento", kind[1]}});
 
         test::ScriptedDialogs dialogs;
         test::ScriptedLists lists;
@@ -141,7 +145,8 @@ TEST_P(ComandeTest, ThreeChosenOrdersOfTwoSeriesChangeStateWithEveryRowTheirNumb
         EXPECT_EQ(rowStates(), QStringList({"12/" + last + ' ' + moved, "12/" + last + ' ' + moved,
                                             "12/" + last + ' ' + already, "15/" + now + ' ' + moved,
                                             "20/" + now + ' ' + moved, "15/" + last + ' ' + moved,
-                                            "12/" + twoBack + ' ' + kept, "30/" + now + ' ' + kept}));
+                                            "12/" + twoBack + ' ' + kept, "30/" + now + ' ' + kept,
+                                            "15/" + now + ' ' + kept}));
     }
     EXPECT_TRUE(m_host->reported.isEmpty()) << m_host->reported.join('\n').toStdString();
 }

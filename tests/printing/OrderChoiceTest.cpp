@@ -57,12 +57,14 @@ TEST(OrderChoiceTest, TheChangeOfStateSetsTheKindOfRowThatGoesWithTheNewStateAnd
 {
     const ChosenOrders chosen{"'12'", "'2025'"};
     EXPECT_EQ(
-        printing::statusChangeSql("EMESSO", "RITIRATO", chosen),
+        printing::statusChangeSql("EMESSO", "RITIRATO", chosen, "CO"),
         "update movimenti set tipogestione='EVENTO',tipomovimento='ENTRATA', StatoRiga='RITIRATO' where "
-        "StatoRiga='EMESSO' AND numero in ('12') and serie in ('2025')");
-    EXPECT_EQ(printing::statusChangeSql("RITIRATO", "EMESSO", chosen),
+        "StatoRiga='EMESSO' AND numero in ('12') and serie in ('2025') and documento in (select "
+        "tipodocumento from numeratori where codtipodoc='CO')");
+    EXPECT_EQ(printing::statusChangeSql("RITIRATO", "EMESSO", chosen, "C'O"),
               "update movimenti set tipogestione='0',tipomovimento='CO', StatoRiga='EMESSO' where "
-              "StatoRiga='RITIRATO' AND numero in ('12') and serie in ('2025')");
+              "StatoRiga='RITIRATO' AND numero in ('12') and serie in ('2025') and documento in (select "
+              "tipodocumento from numeratori where codtipodoc='C''O')");
     EXPECT_TRUE(printing::cardsListSql(QDate(2026, 6, 5)).endsWith("DataComm=DateValue('05/06/2026')"));
 }
 
