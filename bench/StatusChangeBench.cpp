@@ -101,7 +101,7 @@ void changeStateOfFiveHundredOrders(benchmark::State& state, data::Engine engine
 
 [[maybe_unused]] const bool registered = [] {
     bench::registerOnEngines("changeStateOf500Orders", changeStateOfFiveHundredOrders,
-                             [](auto* b) { b->UseManualTime()->Iterations(20); });
+                             [](auto* b) { b->UseManualTime()->Iterations(10); });
     return true;
 }();
 

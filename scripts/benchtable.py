@@ -110,7 +110,8 @@ def cells(row):
     rows_text = DASH if rows == "-" else f"{int(rows):,}".replace(",", "\u202f") if rows.isdigit() else rows
     base = [row["operation"], row["engine"] or DASH, rows_text]
     if row["error"]:
-        return base + ["skipped: " + row["error"], DASH, DASH, ""]
+        message = " ".join(str(row["error"]).split())
+        return base + ["skipped: " + (message if len(message) <= 70 else message[:69] + "\u2026"), DASH, DASH, ""]
     raw, ms = row["raw_ms"], row["ms"]
     ratio = f"{ms / raw:.2f}" if raw and ms is not None and raw > 0 else DASH
     extra = ", ".join(f"{k}={short(v)}" for k, v in sorted(row["counters"].items()))
