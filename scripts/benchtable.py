@@ -10,6 +10,7 @@ the mean of the runs when no aggregate was reported), its raw engine's time the 
 ratio the one over the other. A benchmark that stopped with an error shows the error instead of a time.
 """
 import json
+import signal
 import sys
 
 ENGINES = ("sqlite", "postgresql")
@@ -52,7 +53,8 @@ def results(rows, path):
     for entry in entries:
         if not isinstance(entry, dict):
             continue
-        run = by_run.setdefault(entry.get("run_name") or entry.get("name", "?"), {"median": None, "runs": [], "error": None})
+        name = entry.get("run_name") or entry.get("name", "?")
+        run = by_run.setdefault(name, {"median": None, "runs": [], "error": None})
         if entry.get("error_occurred"):
             run["error"] = entry.get("error_message") or "error"
         elif entry.get("run_type") == "aggregate":
@@ -83,7 +85,10 @@ def fill(row, run):
     times = [number(e.get("real_time")) for e in entries]
     scale = TO_MS.get(entries[0].get("time_unit", "ns"), 1e-6)
     ms = mean(times)
-    row["ms"] = ms * scale if ms is not None else None
+    if ms is None:
+        row["error"] = "no time reported"
+        return
+    row["ms"] = ms * scale
     names = [k for k in entries[0] if k not in NOT_COUNTERS and number(entries[0][k]) is not None]
     for key in names:
         value = mean(number(e.get(key)) for e in entries)
@@ -111,7 +116,9 @@ def cells(row):
     base = [row["operation"], row["engine"] or DASH, rows_text]
     if row["error"]:
         message = " ".join(str(row["error"]).split())
-        return base + ["skipped: " + (message if len(message) <= 70 else message[:69] + "\u2026"), DASH, DASH, ""]
+        if len(message) > 70:
+            message = message[:69] + "\u2026"
+        return base + ["skipped: " + message, DASH, DASH, ""]
     raw, ms = row["raw_ms"], row["ms"]
     ratio = f"{ms / raw:.2f}" if raw and ms is not None and raw > 0 else DASH
     extra = ", ".join(f"{k}={short(v)}" for k, v in sorted(row["counters"].items()))
@@ -155,4 +162,5 @@ def main(argv):
 
 
 if __name__ == "__main__":
+    signal.signal(signal.SIGPIPE, signal.SIG_DFL)  # a table piped into head ends quietly
     sys.exit(main(sys.argv[1:]))
