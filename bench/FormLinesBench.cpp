@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // A thousand-line order through the real form, offscreen, with the shop's settings: opening it by its
-// number, adding a line to it and changing the quantity of one of its lines, each up to the next frame.
+// number, adding a line to it and changing the quantity of one of its lines, each up to the next frame, on
+// SQLite and (with XV_BENCH_PG) on PostgreSQL.
+#include "BenchEngines.h"
 #include "BenchShop.h"
 
 #include "form/frm_Commissioni.h"
@@ -33,12 +35,12 @@ void openByNumber(form::frm_Commissioni& form, const QString& number)
 }
 
 // The form open on the shop's order, in browse mode or, with changing set, opened for changes.
-void withTheOrderOpen(benchmark::State& state, bool duplicateCheck, bool changing,
+void withTheOrderOpen(benchmark::State& state, data::Engine engine, bool duplicateCheck, bool changing,
                       const std::function<void(form::frm_Commissioni&, bench::BenchShop&)>& measure)
 {
-    bench::BenchShop shop;
+    bench::BenchShop shop(engine);
     if (!shop.ready()) {
-        state.SkipWithError("the database could not be opened");
+        state.SkipWithError(shop.failure().toUtf8().constData());
         return;
     }
     shop.host().SaveSetting(QStringLiteral("comm"), QStringLiteral("checkAddRigaFlex"),
@@ -64,20 +66,20 @@ void withTheOrderOpen(benchmark::State& state, bool duplicateCheck, bool changin
     }
 }
 
-void openAThousandLineOrderByNumber(benchmark::State& state)
+void openAThousandLineOrderByNumber(benchmark::State& state, data::Engine engine)
 {
-    withTheOrderOpen(state, false, false, [&state](form::frm_Commissioni& form, bench::BenchShop& shop) {
-        for (auto _ : state)
-            openByNumber(form, shop.number());
-        if (form.LineCount() != bench::BenchShop::kLines || field(form, "txt_ragsoc")->text().isEmpty())
-            state.SkipWithError("the order was not shown");
-    });
+    withTheOrderOpen(
+        state, engine, false, false, [&state](form::frm_Commissioni& form, bench::BenchShop& shop) {
+            for (auto _ : state)
+                openByNumber(form, shop.number());
+            if (form.LineCount() != bench::BenchShop::kLines || field(form, "txt_ragsoc")->text().isEmpty())
+                state.SkipWithError("the order was not shown");
+        });
 }
-BENCHMARK(openAThousandLineOrderByNumber)->Unit(benchmark::kMillisecond)->Iterations(50);
 
-void addALineToAThousandLineOrder(benchmark::State& state)
+void addALineToAThousandLineOrder(benchmark::State& state, data::Engine engine)
 {
-    withTheOrderOpen(state, false, true, [&state](form::frm_Commissioni& form, bench::BenchShop&) {
+    withTheOrderOpen(state, engine, false, true, [&state](form::frm_Commissioni& form, bench::BenchShop&) {
         QAction* add = form.tbComandiRighe().byKey(QStringLiteral("ADD"));
         const int before = static_cast<int>(form.LineCount());
         for (auto _ : state) {
@@ -92,11 +94,10 @@ void addALineToAThousandLineOrder(benchmark::State& state)
         state.counters["lines"] = static_cast<double>(form.LineCount());
     });
 }
-BENCHMARK(addALineToAThousandLineOrder)->Unit(benchmark::kMillisecond)->Iterations(100);
 
-void changeAQuantityInAThousandLineOrder(benchmark::State& state)
+void changeAQuantityInAThousandLineOrder(benchmark::State& state, data::Engine engine)
 {
-    withTheOrderOpen(state, true, true, [&state](form::frm_Commissioni& form, bench::BenchShop&) {
+    withTheOrderOpen(state, engine, true, true, [&state](form::frm_Commissioni& form, bench::BenchShop&) {
         lines::FlexGrid* grid = form.grid();
         QAction* edit = form.tbComandiRighe().byKey(QStringLiteral("EDIT"));
         // The first line of its article, so that the duplicate check replaces this very line.
@@ -116,6 +117,15 @@ void changeAQuantityInAThousandLineOrder(benchmark::State& state)
             state.SkipWithError("the line was not changed in place");
     });
 }
-BENCHMARK(changeAQuantityInAThousandLineOrder)->Unit(benchmark::kMillisecond)->Iterations(100);
+
+[[maybe_unused]] const bool registered = [] {
+    bench::registerOnEngines("openAThousandLineOrderByNumber", openAThousandLineOrderByNumber,
+                             [](auto* b) { b->Iterations(50); });
+    bench::registerOnEngines("addALineToAThousandLineOrder", addALineToAThousandLineOrder,
+                             [](auto* b) { b->Iterations(100); });
+    bench::registerOnEngines("changeAQuantityInAThousandLineOrder", changeAQuantityInAThousandLineOrder,
+                             [](auto* b) { b->Iterations(100); });
+    return true;
+}();
 
 } // namespace

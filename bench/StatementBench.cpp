@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Printing the statement of a thousand-line order through the real form, offscreen, as the print command
 // runs it: the question answered Yes by script, the shop's settings, the paper written as a PDF file and the
-// order marked collected; the notice of where the file went answered by script too.
+// order marked collected; the notice of where the file went answered by script too. On SQLite and (with
+// XV_BENCH_PG) on PostgreSQL.
+#include "BenchEngines.h"
 #include "BenchShop.h"
 
 #include "form/frm_Commissioni.h"
@@ -19,9 +21,9 @@ namespace {
 
 using namespace xv;
 
-void printThousandLineStatement(benchmark::State& state)
+void printThousandLineStatement(benchmark::State& state, data::Engine engine)
 {
-    bench::BenchShop shop;
+    bench::BenchShop shop(engine);
     if (!shop.ready()) {
         state.SkipWithError(shop.failure().toUtf8().constData());
         return;
@@ -66,6 +68,10 @@ void printThousandLineStatement(benchmark::State& state)
         state.SkipWithError(fault.toUtf8().constData());
 }
 
-BENCHMARK(printThousandLineStatement)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(10);
+[[maybe_unused]] const bool registered = [] {
+    bench::registerOnEngines("printThousandLineStatement", printThousandLineStatement,
+                             [](auto* b) { b->UseManualTime()->Iterations(10); });
+    return true;
+}();
 
 } // namespace
