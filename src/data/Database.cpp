@@ -241,6 +241,8 @@ QSqlQuery Database::prepareAndRun(const QString& nativeSql, const QVariantList& 
 {
     countStatement(nativeSql);
     reopenIfLost(nativeSql);
+    if (m_log)
+        m_log(nativeSql, values);
     QSqlQuery query(handle());
     query.setForwardOnly(true);
     query.setNumericalPrecisionPolicy(QSql::HighPrecision);
@@ -281,6 +283,8 @@ int Database::rowsAffected(const QString& suiteSql)
 QVariant Database::executeReused(const QString& nativeSql, const QVariantList& values)
 {
     countStatement(nativeSql);
+    if (m_log)
+        m_log(nativeSql, values);
     const auto prepare = [&] {
         QSqlError error;
         std::unique_ptr<ReusedStatement> statement =

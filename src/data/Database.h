@@ -91,6 +91,11 @@ public:
     // Statements run (commits included) since the connection opened.
     qint64 statementCount() const { return m_statements; }
 
+    // Sees every statement as the engine gets it (native text and bound values) just before it runs, so
+    // that the same work can be repeated elsewhere or counted; an empty function turns it off.
+    using StatementLog = std::function<void(const QString& nativeSql, const QVariantList& values)>;
+    void setStatementLog(StatementLog log) { m_log = std::move(log); }
+
 private:
     void countStatement(const QString& statement);
     // What every session needs before its first statement: on PostgreSQL the search path, the date style,
@@ -120,6 +125,7 @@ private:
     bool m_connectionLost = false;
     bool m_reopening = false;
     std::function<void()> m_reopened;
+    StatementLog m_log;
     std::unordered_map<QString, std::unique_ptr<ReusedStatement>> m_prepared;
     qint64 m_statementsPrepared = 0;
 };
