@@ -3,6 +3,7 @@
 
 #include "data/ReusedStatement.h"
 #include "data/SqlDialect.h"
+#include "data/SqliteRead.h"
 
 #include <QSqlDatabase>
 #include <QSqlError>
@@ -55,6 +56,9 @@ public:
 
     // Runs a statement written in the suite's dialect; values must already be quoted with sqlEscape.
     QSqlQuery execute(const QString& suiteSql);
+    // The whole result of a read in the suite's dialect, as the driver gives it; on SQLite through the
+    // engine's own interface.
+    ReadRows read(const QString& suiteSql);
     // Runs a statement of our own, native to the engine, with bound placeholders.
     QSqlQuery executeBound(const QString& nativeSql, const QVariantList& values = {});
     int rowsAffected(const QString& suiteSql);

@@ -2,6 +2,7 @@
 #include <QDeadlineTimer>
 #include <QFile>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -60,5 +61,29 @@ INSTANTIATE_TEST_SUITE_P(Signals, ProgramExitTest,
                          [](const ::testing::TestParamInfo<ExitCase>& exitCase) {
                              return std::string(exitCase.param.name);
                          });
+
+// Measuring a start asks the program to say when its form is ready and to end there by itself.
+TEST(ProgramReadyProbeTest, WhenAskedTheProgramSaysItsFormIsReadyWithItsPeakMemoryAndEnds)
+{
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    QProcess program;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("QT_QPA_PLATFORM", "offscreen");
+    environment.insert("XVELARIO_DATA", dir.path());
+    environment.insert("XVELARIO_DB", "sqlite:" + dir.path() + "/negozio.db");
+    environment.insert("XVELARIO_EXIT_WHEN_READY", "1");
+    environment.insert("XVELARIO_OPEN_ORDER", "999");
+    program.setProcessEnvironment(environment);
+    program.start(QStringLiteral(XV_PROGRAM), QStringList());
+    ASSERT_TRUE(program.waitForFinished(120000));
+    const QString printed = QString::fromUtf8(program.readAllStandardError());
+    EXPECT_EQ(program.exitStatus(), QProcess::NormalExit) << printed.toStdString();
+    EXPECT_EQ(program.exitCode(), 0) << printed.toStdString();
+    const QRegularExpressionMatch ready =
+        QRegularExpression("xVELARIO ready; peak memory (\\d+) kB; lines 0").match(printed);
+    ASSERT_TRUE(ready.hasMatch()) << printed.toStdString();
+    EXPECT_GT(ready.captured(1).toLong(), 0);
+}
 
 } // namespace
