@@ -27,18 +27,26 @@ void processEventsFor(int ms)
         QApplication::processEvents(QEventLoop::AllEvents, 20);
 }
 
-void useSearchWindow(form::frm_Commissioni& form, const QString& text)
+// The window is modal: it is driven from inside its own event loop, then closed unchosen. Until it shows
+// (the list is read first) the probe looks again.
+void driveSearchWindow(QObject* context, const QString& text)
 {
-    // The window is modal: it is driven from inside its own event loop, then closed unchosen.
-    QTimer::singleShot(0, &form, [text] {
+    QTimer::singleShot(10, context, [context, text] {
         auto* window = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-        if (!window)
+        if (!window) {
+            driveSearchWindow(context, text);
             return;
+        }
         if (auto* filter = window->findChild<QLineEdit*>())
             filter->setText(text);
         processEventsFor(kSearchSettleMs);
         window->reject();
     });
+}
+
+void useSearchWindow(form::frm_Commissioni& form, const QString& text)
+{
+    driveSearchWindow(&form, text);
     form.Documento_Trova();
 }
 
