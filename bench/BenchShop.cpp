@@ -218,6 +218,7 @@ BenchShop::BenchShop(data::Engine engine)
                                  (large.isEmpty() ? m_dir.path() + QStringLiteral("/bench.db") : large);
     }
     options.fillDemoData = false;
+    m_connectionText = options.connectionText.value_or(QString());
     options.userName = QStringLiteral("bench");
     options.stationName = QStringLiteral("BANCO1");
     auto owned = std::make_unique<host::Host>(options);

@@ -31,6 +31,9 @@ public:
     bool ready() const { return m_host != nullptr; }
     host::Host& host() { return *m_host; }
     const QString& number() const { return m_number; }
+    // The shop's database as XVELARIO_DB names it, and a folder of its own, for a run of the real program.
+    const QString& connectionText() const { return m_connectionText; }
+    QString folder() const { return m_dir.path(); }
     // Boxes nobody expected, and the text of the last of them.
     int boxes() const { return m_boxes; }
     const QString& lastBox() const { return m_lastBox; }
@@ -46,6 +49,7 @@ private:
     QTemporaryDir m_dir;
     host::Host* m_host = nullptr;
     QString m_number;
+    QString m_connectionText;
     int m_boxes = 0;
     QString m_lastBox;
     QString m_failure;

@@ -5,6 +5,7 @@
 #include "orders/OpenOrder.h"
 
 #include <QString>
+#include <QVariantList>
 
 #include <memory>
 
@@ -32,6 +33,19 @@ public:
     virtual void update(const orders::OrderKey& key) = 0;
     // The order's rows deleted by its key.
     virtual void remove(const orders::OrderKey& key) = 0;
+};
+
+// The yardstick for the reading benchmarks: statements the program ran, captured as the engine got them
+// (native text and bound values), run again straight through the engine's C API, every value of every row
+// read as text, as a reader of the rows does. Each statement is prepared and run anew, as the program's are.
+class RawReader
+{
+public:
+    virtual ~RawReader() = default;
+    // A connection of its own to the database the configuration names, set up as the program's session.
+    static std::unique_ptr<RawReader> open(const data::ConnectionConfig& config);
+    // The number of rows the statement gave; throws std::runtime_error with the engine's text.
+    virtual qint64 run(const QString& nativeSql, const QVariantList& values) = 0;
 };
 
 // Runs one statement on the PostgreSQL server of the configuration, connected to its maintenance database

@@ -12,6 +12,7 @@
 namespace xv::bench {
 
 std::unique_ptr<RawOrderWriter> openRawSqlite(const QString& path);
+std::unique_ptr<RawReader> openRawSqliteReader(const QString& path);
 
 namespace {
 
@@ -214,6 +215,74 @@ private:
 };
 
 } // namespace
+
+namespace {
+
+// Qt hands "?" placeholders to the server as $1, $2...; the same is done here, outside quoted texts.
+std::string numberedPlaceholders(const QString& sql)
+{
+    std::string out;
+    int n = 0;
+    bool quoted = false;
+    for (const char c : sql.toStdString()) {
+        if (c == '\'')
+            quoted = !quoted;
+        if (c == '?' && !quoted)
+            out += "$" + std::to_string(++n);
+        else
+            out += c;
+    }
+    return out;
+}
+
+class PostgresReader final : public RawReader
+{
+public:
+    explicit PostgresReader(const data::ConnectionConfig& config) : m_conn(connect(config, config.databaseName))
+    {
+        if (!config.schema.isEmpty())
+            Result(m_conn, PQexec(m_conn, ("SET search_path TO " + config.schema.toStdString()).c_str()), "set");
+        Result(m_conn, PQexec(m_conn, "SET datestyle TO 'ISO, DMY'"), "set");
+    }
+    ~PostgresReader() override { PQfinish(m_conn); }
+
+    qint64 run(const QString& nativeSql, const QVariantList& values) override
+    {
+        std::vector<std::string> texts;
+        for (const QVariant& value : values)
+            texts.push_back(value.toString().toStdString());
+        std::vector<const char*> params;
+        for (const std::string& text : texts)
+            params.push_back(text.c_str());
+        const Result result(m_conn,
+                            PQexecParams(m_conn, numberedPlaceholders(nativeSql).c_str(),
+                                         static_cast<int>(params.size()), nullptr, params.data(), nullptr,
+                                         nullptr, 0),
+                            "select");
+        const int rows = PQntuples(result.get());
+        const int columns = PQnfields(result.get());
+        std::size_t bytes = 0;
+        for (int r = 0; r < rows; ++r) {
+            for (int c = 0; c < columns; ++c)
+                bytes += static_cast<std::size_t>(PQgetlength(result.get(), r, c));
+        }
+        m_bytes += bytes;
+        return rows;
+    }
+
+private:
+    PGconn* m_conn;
+    std::size_t m_bytes = 0;
+};
+
+} // namespace
+
+std::unique_ptr<RawReader> RawReader::open(const data::ConnectionConfig& config)
+{
+    if (config.engine == data::Engine::SQLite)
+        return openRawSqliteReader(config.sqlitePath);
+    return std::make_unique<PostgresReader>(config);
+}
 
 std::unique_ptr<RawOrderWriter> RawOrderWriter::open(const data::ConnectionConfig& config)
 {

@@ -2,10 +2,13 @@
 // The save's statements through the sqlite3 C API, with the connection settings the program uses.
 #include "RawEngine.h"
 
+#include "data/SqlDialect.h"
+
 #include <QDateTime>
 
 #include <sqlite3.h>
 
+#include <cstring>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -13,6 +16,7 @@
 namespace xv::bench {
 
 std::unique_ptr<RawOrderWriter> openRawSqlite(const QString& path);
+std::unique_ptr<RawReader> openRawSqliteReader(const QString& path);
 
 namespace {
 
@@ -198,11 +202,53 @@ private:
     std::vector<std::vector<sqlite3_value*>> m_rows;
 };
 
+class SqliteReader final : public RawReader
+{
+public:
+    explicit SqliteReader(const QString& path)
+    {
+        if (sqlite3_open_v2(path.toUtf8().constData(), &m_db, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK)
+            throw std::runtime_error(std::string("open: ") + (m_db ? sqlite3_errmsg(m_db) : "out of memory"));
+        sqlite3_busy_timeout(m_db, 5000);
+        data::registerSqliteFunctions(m_db);
+        sqlite3_exec(m_db, "PRAGMA foreign_keys=ON", nullptr, nullptr, nullptr);
+    }
+    ~SqliteReader() override { sqlite3_close(m_db); }
+
+    qint64 run(const QString& nativeSql, const QVariantList& values) override
+    {
+        Statement statement(m_db, nativeSql.toStdString());
+        for (int i = 0; i < values.size(); ++i)
+            statement.bindText(i + 1, values[i].toString());
+        qint64 rows = 0;
+        std::size_t bytes = 0;
+        while (statement.step()) {
+            ++rows;
+            const int columns = sqlite3_column_count(statement.get());
+            for (int c = 0; c < columns; ++c) {
+                if (const unsigned char* text = sqlite3_column_text(statement.get(), c))
+                    bytes += std::strlen(reinterpret_cast<const char*>(text));
+            }
+        }
+        m_bytes += bytes;
+        return rows;
+    }
+
+private:
+    sqlite3* m_db = nullptr;
+    std::size_t m_bytes = 0;
+};
+
 } // namespace
 
 std::unique_ptr<RawOrderWriter> openRawSqlite(const QString& path)
 {
     return std::make_unique<SqliteWriter>(path);
+}
+
+std::unique_ptr<RawReader> openRawSqliteReader(const QString& path)
+{
+    return std::make_unique<SqliteReader>(path);
 }
 
 } // namespace xv::bench

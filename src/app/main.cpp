@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "app/ExitSignals.h"
+#include "app/ReadyProbe.h"
 #include "app/aMAIN.h"
 #include "app/mINIT_MODULO.h"
+#include "form/frm_Commissioni.h"
 #include "host/Services.h"
 #include "hostui/HostWindows.h"
 
@@ -51,5 +53,7 @@ int main(int argc, char** argv)
         return 0;
     form->setAttribute(Qt::WA_DeleteOnClose);
     qCInfo(lcApp) << "the order form is open";
+    if (auto* orders = qobject_cast<xv::form::frm_Commissioni*>(form))
+        xv::app::startReadyProbe(*orders);
     return QApplication::exec();
 }

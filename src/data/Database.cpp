@@ -13,6 +13,8 @@
 #include <QScopedValueRollback>
 #include <QSqlDriver>
 #include <QSqlError>
+#include <QSqlField>
+#include <QSqlRecord>
 #include <QTimeZone>
 
 #include <libpq-fe.h>
@@ -241,6 +243,8 @@ QSqlQuery Database::prepareAndRun(const QString& nativeSql, const QVariantList& 
 {
     countStatement(nativeSql);
     reopenIfLost(nativeSql);
+    if (m_log)
+        m_log(nativeSql, values);
     QSqlQuery query(handle());
     query.setForwardOnly(true);
     query.setNumericalPrecisionPolicy(QSql::HighPrecision);
@@ -263,6 +267,38 @@ QSqlQuery Database::execute(const QString& suiteSql)
     return prepareAndRun(rewriteSql(suiteSql, m_config.engine), {});
 }
 
+ReadRows Database::read(const QString& suiteSql)
+{
+    if (m_config.engine != Engine::SQLite) {
+        QSqlQuery query = execute(suiteSql);
+        ReadRows out;
+        const QSqlRecord record = query.record();
+        const int count = record.count();
+        for (int i = 0; i < count; ++i) {
+            const QSqlField field = record.field(i);
+            out.names << field.name();
+            out.types << field.metaType();
+        }
+        while (query.next()) {
+            QVector<QVariant> row(count);
+            for (int i = 0; i < count; ++i)
+                row[i] = query.value(i);
+            out.rows.push_back(std::move(row));
+        }
+        return out;
+    }
+    const QString nativeSql = rewriteSql(suiteSql, m_config.engine);
+    countStatement(nativeSql);
+    reopenIfLost(nativeSql);
+    if (m_log)
+        m_log(nativeSql, {});
+    ReadRows out;
+    QSqlError error;
+    if (!readSqliteRows(handle(), nativeSql, out, error))
+        failOn(error, nativeSql);
+    return out;
+}
+
 QSqlQuery Database::executeBound(const QString& nativeSql, const QVariantList& values)
 {
     return prepareAndRun(nativeSql, values);
@@ -281,6 +317,8 @@ int Database::rowsAffected(const QString& suiteSql)
 QVariant Database::executeReused(const QString& nativeSql, const QVariantList& values)
 {
     countStatement(nativeSql);
+    if (m_log)
+        m_log(nativeSql, values);
     const auto prepare = [&] {
         QSqlError error;
         std::unique_ptr<ReusedStatement> statement =

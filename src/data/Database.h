@@ -3,6 +3,7 @@
 
 #include "data/ReusedStatement.h"
 #include "data/SqlDialect.h"
+#include "data/SqliteRead.h"
 
 #include <QSqlDatabase>
 #include <QSqlError>
@@ -55,6 +56,9 @@ public:
 
     // Runs a statement written in the suite's dialect; values must already be quoted with sqlEscape.
     QSqlQuery execute(const QString& suiteSql);
+    // The whole result of a read in the suite's dialect, as the driver gives it; on SQLite through the
+    // engine's own interface.
+    ReadRows read(const QString& suiteSql);
     // Runs a statement of our own, native to the engine, with bound placeholders.
     QSqlQuery executeBound(const QString& nativeSql, const QVariantList& values = {});
     int rowsAffected(const QString& suiteSql);
@@ -91,6 +95,11 @@ public:
     // Statements run (commits included) since the connection opened.
     qint64 statementCount() const { return m_statements; }
 
+    // Sees every statement as the engine gets it (native text and bound values) just before it runs, so
+    // that the same work can be repeated elsewhere or counted; an empty function turns it off.
+    using StatementLog = std::function<void(const QString& nativeSql, const QVariantList& values)>;
+    void setStatementLog(StatementLog log) { m_log = std::move(log); }
+
 private:
     void countStatement(const QString& statement);
     // What every session needs before its first statement: on PostgreSQL the search path, the date style,
@@ -120,6 +129,7 @@ private:
     bool m_connectionLost = false;
     bool m_reopening = false;
     std::function<void()> m_reopened;
+    StatementLog m_log;
     std::unordered_map<QString, std::unique_ptr<ReusedStatement>> m_prepared;
     qint64 m_statementsPrepared = 0;
 };

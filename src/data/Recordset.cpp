@@ -103,22 +103,14 @@ QDateTime variantDateTime(const QVariant& value)
 
 Recordset Recordset::open(Database& db, const QString& suiteSql)
 {
-    QSqlQuery query = db.execute(suiteSql);
+    ReadRows read = db.read(suiteSql);
     Recordset rs;
     rs.m_db = &db;
-    const QSqlRecord record = query.record();
-    QStringList names;
-    for (int i = 0; i < record.count(); ++i) {
-        names << record.fieldName(i);
-        rs.m_typeCodes << typeCodeOf(record.field(i).metaType());
-    }
-    rs.setFields(names);
-    while (query.next()) {
-        QVector<QVariant> row(record.count());
-        for (int i = 0; i < record.count(); ++i)
-            row[i] = query.value(i);
-        rs.m_rows.push_back(std::move(row));
-    }
+    rs.m_typeCodes.reserve(read.types.size());
+    for (const QMetaType& type : read.types)
+        rs.m_typeCodes << typeCodeOf(type);
+    rs.setFields(read.names);
+    rs.m_rows = std::move(read.rows);
     return rs;
 }
 
@@ -162,16 +154,40 @@ Recordset Recordset::fromRows(const QStringList& fieldNames, QVector<QVector<QVa
 
 void Recordset::setFields(const QStringList& names)
 {
+    // The same few column lists come back read after read (the sixty-one of movimenti at every load):
+    // their indexes are built once and shared, as the hashes share their data.
+    struct Indexes
+    {
+        QStringList names;
+        QHash<QString, int> lower;
+        QHash<QString, int> exact;
+    };
+    constexpr qsizetype kKept = 16;
+    thread_local QVector<Indexes> kept;
     m_fields = names;
+    for (const Indexes& known : std::as_const(kept)) {
+        if (known.names == names) {
+            m_index = known.lower;
+            m_exactIndex = known.exact;
+            return;
+        }
+    }
     m_index.clear();
     m_exactIndex.clear();
-    for (int i = 0; i < names.size(); ++i)
-        m_index.insert(names[i].toLower(), i);
+    QStringList lower;
+    lower.reserve(names.size());
+    for (int i = 0; i < names.size(); ++i) {
+        lower << names[i].toLower();
+        m_index.insert(lower[i], i);
+    }
     // Of two names that differ only in case the later one is found, by either spelling.
     for (int i = 0; i < names.size(); ++i) {
-        if (m_index.value(names[i].toLower()) == i)
+        if (m_index.value(lower[i]) == i)
             m_exactIndex.insert(names[i], i);
     }
+    if (kept.size() == kKept)
+        kept.removeFirst();
+    kept.push_back({names, m_index, m_exactIndex});
 }
 
 void Recordset::moveNext()

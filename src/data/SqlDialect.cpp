@@ -507,6 +507,11 @@ void registerSqliteFunctions(const QSqlDatabase& db)
         throw RuntimeError(
             ErrorNumber::DatabaseError,
             QStringLiteral("Funzioni SQL: la connessione '%1' non è aperta").arg(db.connectionName()));
+    registerSqliteFunctions(connection);
+}
+
+void registerSqliteFunctions(sqlite3* connection)
+{
     for (const SqliteFunction& function : sqliteFunctions) {
         const int result =
             sqlite3_create_function_v2(connection, function.name, function.argumentCount, function.flags,

@@ -5,6 +5,7 @@
 #include <QStringList>
 
 class QSqlDatabase;
+struct sqlite3;
 
 namespace xv::data {
 
@@ -21,6 +22,8 @@ QString rewriteSql(const QString& sql, Engine engine);
 // every new connection, since SQLite keeps application functions per connection.
 // Throws xv::common::RuntimeError when the connection is not an open SQLite one.
 void registerSqliteFunctions(const QSqlDatabase& db);
+// The same on a connection opened through the sqlite3 C API.
+void registerSqliteFunctions(sqlite3* connection);
 
 // The statements creating the same functions on PostgreSQL, in the first schema of the search path.
 // Safe to run again on an existing schema.

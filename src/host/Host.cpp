@@ -175,6 +175,7 @@ bool Host::Initialize()
         m_db->setReopenedHandler([this] { carryLockOver(); });
         m_settings.clear();
         m_settingsRead = false;
+        m_columns.clear();
         {
             // The schema and the first data go in together: a start that fails half-way leaves the
             // database as empty as it found it, to be set up again on the next start.
@@ -208,6 +209,7 @@ void Host::Terminate()
     if (m_db && m_lastLock)
         ReleaseRecordLock(m_lastLock->window);
     m_db.reset();
+    m_columns.clear();
 }
 
 Database& Host::GetConnection()
@@ -290,11 +292,18 @@ Recordset Host::OpenSchema(int kind, const QString& table)
     if (kind != kColumns)
         throw RuntimeError(ErrorNumber::InvalidProcedureCall,
                            QStringLiteral("Tipo di schema non gestito: %1").arg(kind));
-    QVector<QVector<QVariant>> rows;
-    for (const ColumnInfo& column : data::tableColumns(GetConnection(), table))
-        rows.push_back({column.name, column.typeCode});
-    if (rows.isEmpty())
-        throw RuntimeError(ErrorNumber::DatabaseError, QStringLiteral("Tabella sconosciuta: %1").arg(table));
+    Database& db = GetConnection();
+    const QString name = table.toLower();
+    auto known = m_columns.constFind(name);
+    if (known == m_columns.cend()) {
+        QVector<QVector<QVariant>> rows;
+        for (const ColumnInfo& column : data::tableColumns(db, table))
+            rows.push_back({column.name, column.typeCode});
+        if (rows.isEmpty())
+            throw RuntimeError(ErrorNumber::DatabaseError, QStringLiteral("Tabella sconosciuta: %1").arg(table));
+        known = m_columns.insert(name, std::move(rows));
+    }
+    QVector<QVector<QVariant>> rows = *known;
     return Recordset::fromRows({QStringLiteral("Column"), QStringLiteral("Type")}, std::move(rows));
 }
 

@@ -109,6 +109,9 @@ private:
     // The stored settings by store, section and key in lower case; read on first use.
     QHash<QString, QString> m_settings;
     bool m_settingsRead = false;
+    // The columns of each table asked for, by its name in lower case: the tables are laid out once at the
+    // start and every load and save of an order asks for those of movimenti.
+    QHash<QString, QVector<QVector<QVariant>>> m_columns;
     QPointer<QWidget> m_form;
     struct HeldLock
     {

@@ -2,6 +2,7 @@
 #include <QDeadlineTimer>
 #include <QFile>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -60,5 +61,38 @@ INSTANTIATE_TEST_SUITE_P(Signals, ProgramExitTest,
                          [](const ::testing::TestParamInfo<ExitCase>& exitCase) {
                              return std::string(exitCase.param.name);
                          });
+
+// Measuring a start asks the program to say when its form is ready and to end there by itself, also after
+// opening an order by its number or using the search window (an empty shop: no order, no row).
+TEST(ProgramReadyProbeTest, WhenAskedTheProgramSaysItsFormIsReadyWithItsPeakMemoryAndEnds)
+{
+    const struct
+    {
+        const char* name;
+        const char* value;
+    } cases[] = {{"", ""}, {"XVELARIO_OPEN_ORDER", "999"}, {"XVELARIO_SEARCH", "Rossi"}};
+    for (const auto& c : cases) {
+        QTemporaryDir dir;
+        ASSERT_TRUE(dir.isValid());
+        QProcess program;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("QT_QPA_PLATFORM", "offscreen");
+        environment.insert("XVELARIO_DATA", dir.path());
+        environment.insert("XVELARIO_DB", "sqlite:" + dir.path() + "/negozio.db");
+        environment.insert("XVELARIO_EXIT_WHEN_READY", "1");
+        if (*c.name)
+            environment.insert(c.name, c.value);
+        program.setProcessEnvironment(environment);
+        program.start(QStringLiteral(XV_PROGRAM), QStringList());
+        ASSERT_TRUE(program.waitForFinished(120000)) << c.name;
+        const QString printed = QString::fromUtf8(program.readAllStandardError());
+        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit) << c.name << printed.toStdString();
+        EXPECT_EQ(program.exitCode(), 0) << c.name << printed.toStdString();
+        const QRegularExpressionMatch ready =
+            QRegularExpression("xVELARIO ready; peak memory (\\d+) kB; lines 0").match(printed);
+        ASSERT_TRUE(ready.hasMatch()) << c.name << printed.toStdString();
+        EXPECT_GT(ready.captured(1).toLong(), 0) << c.name;
+    }
+}
 
 } // namespace

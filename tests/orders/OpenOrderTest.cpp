@@ -164,6 +164,23 @@ TEST_P(OpenOrderTest, ProposedNumberIsTheCounterPlusOneOrNothingWithoutACounter)
     EXPECT_FALSE(orders::proposeNumber(*m_host, "XX", 2031).has_value());
 }
 
+TEST_P(OpenOrderTest, ALoadByNumberRunsThreeStatementsHoweverLongTheOrderAndReadsTheColumnsOnce)
+{
+    for (int line = 0; line < 30; ++line)
+        test::addOrderLine(db(), "12", QDate(m_year, 3, 14));
+    test::addOrderLine(db(), "13", QDate(m_year, 3, 14));
+    (void)orders::loadOrder(*m_host, "13", m_year); // the first load in a session also reads the columns
+    for (const char* number : {"12", "13"}) {
+        QStringList run;
+        db().setStatementLog([&run](const QString& sql, const QVariantList&) { run << sql; });
+        const orders::OpenOrder o = orders::loadOrder(*m_host, number, m_year);
+        db().setStatementLog({});
+        EXPECT_EQ(o.lines.size(), QString(number) == "12" ? 30 : 1);
+        // The order found by number, its lines and its sums.
+        EXPECT_EQ(run.size(), 3) << run.join('\n').toStdString();
+    }
+}
+
 XV_INSTANTIATE_FOR_ENGINES(OpenOrderTest);
 
 TEST(OpenOrderSql, EveryValueOfTheKeyIsQuotedAndTheLinesAreOrderedByKey)
