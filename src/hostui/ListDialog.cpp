@@ -286,6 +286,11 @@ void ListDialog::fetchMore()
     }
 }
 
+bool ListDialog::searchPending() const
+{
+    return m_searchTimer->isActive();
+}
+
 int ListDialog::sourceRow(const QModelIndex& proxyIndex) const
 {
     return proxyIndex.isValid() ? m_proxy->mapToSource(proxyIndex).row() : -1;

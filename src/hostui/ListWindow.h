@@ -114,6 +114,8 @@ public:
     QString cellText(int row, int column) const;
     const Recordset& shownRows() const { return m_shown; }
     bool extended() const { return m_extended; }
+    // A typed text the database has still to be asked about.
+    bool searchPending() const;
 
     // The rows Enter would choose now: those selected, in the order they were selected, or else the
     // highlighted one.

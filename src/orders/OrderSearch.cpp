@@ -52,19 +52,25 @@ QString orderSearchSql(const QString& filterText, int limit)
         return QStringLiteral(" order by %1serie desc, length(%1numero) desc, %1numero desc, %1documento desc")
             .arg(table);
     };
-    return QStringLiteral(
-               "select k.numero as numero, k.serie as serie, m.datadocumento as DataComm, "
-               "m.Nominativo as Nominativo, m.attrib04 as Cerimonia, m.attrib05 as DataCerimonia, "
-               "m.attrib06 as NomeFesteggiato, m.StatoRiga as [STATO COMMISSIONE], "
-               "(select sum(s.totale) from movimenti s where s.documento=k.documento and s.serie=k.serie "
-               "and s.numero=k.numero) as Totale, k.documento as documento "
-               "from (select documento, serie, numero from movimenti "
-               "where documento & '' in (select tipodocumento from numeratori where codtipodoc='CO')") +
-           condition +
-           QStringLiteral(" group by serie, length(numero), numero, documento") + newestFirst({}) +
-           QStringLiteral(" limit ") + QString::number(limit) +
-           QStringLiteral(") k inner join movimenti m on m.rowid = (select min(f.rowid) from movimenti f "
-                          "where f.documento=k.documento and f.serie=k.serie and f.numero=k.numero)") +
+    const QString keys =
+        QStringLiteral("select documento, serie, numero from movimenti "
+                       "where documento & '' in (select tipodocumento from numeratori where codtipodoc='CO')") +
+        condition + QStringLiteral(" group by serie, length(numero), numero, documento") + newestFirst({}) +
+        QStringLiteral(" limit ") + QString::number(limit);
+    // The first row and the total are looked up per key before the join, so that each engine reaches the
+    // first row by its key instead of testing every row against a subquery.
+    const QString firstRows =
+        QStringLiteral("select k.documento as documento, k.serie as serie, k.numero as numero, "
+                       "(select min(f.rowid) from movimenti f where f.documento=k.documento and "
+                       "f.serie=k.serie and f.numero=k.numero) as primo, "
+                       "(select sum(s.totale) from movimenti s where s.documento=k.documento and "
+                       "s.serie=k.serie and s.numero=k.numero) as totale from (") +
+        keys + QStringLiteral(") k");
+    return QStringLiteral("select k.numero as numero, k.serie as serie, m.datadocumento as DataComm, "
+                          "m.Nominativo as Nominativo, m.attrib04 as Cerimonia, m.attrib05 as DataCerimonia, "
+                          "m.attrib06 as NomeFesteggiato, m.StatoRiga as [STATO COMMISSIONE], "
+                          "k.totale as Totale, k.documento as documento from (") +
+           firstRows + QStringLiteral(") k inner join movimenti m on m.rowid = k.primo") +
            newestFirst(QStringLiteral("k."));
 }
 
