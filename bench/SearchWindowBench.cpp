@@ -134,8 +134,12 @@ std::unique_ptr<RawReader> openRaw(const data::ConnectionConfig& config)
 enum class Operation { Open, Type };
 
 // What the operator types, one key per iteration: a part of a name, its undoing, a ceremony, an order
-// number. A backspace that empties the box brings back the unfiltered list, which asks nothing.
-const QString kKeys = QStringLiteral("rossi\b\b\b\b\bmatrim\b\b\b\b\b\b8292\b\b\b\b");
+// number (the benchmark's own order). A backspace that empties the box brings back the unfiltered list,
+// which asks nothing.
+QString keysTyped(const QString& number)
+{
+    return QStringLiteral("rossi\b\b\b\b\bmatrim\b\b\b\b\b\b") + number + QString(number.size(), QLatin1Char('\b'));
+}
 
 double seconds(const QElapsedTimer& clock)
 {
@@ -190,16 +194,19 @@ void measure(benchmark::State& state, data::Engine engine, Operation operation)
     QString chosenNumber;
     QString error;
     // The window is modal: what happens inside it runs from its own event loop.
-    const auto inWindow = [&](std::function<void(hostui::ListDialog&)> work) {
-        QTimer::singleShot(0, &form, [&, work] {
-            hostui::ListDialog* dialog = openDialog();
-            if (!dialog) {
-                error = QStringLiteral("the search window did not open");
-                return;
-            }
-            work(*dialog);
-        });
-    };
+    // Events may be processed while the window's rows are read, before it is shown: it is waited for.
+    std::function<void(std::function<void(hostui::ListDialog&)>, int)> inWindow =
+        [&](std::function<void(hostui::ListDialog&)> work, int tries) {
+            QTimer::singleShot(tries == 0 ? 0 : 1, &form, [&, work, tries] {
+                hostui::ListDialog* dialog = openDialog();
+                if (dialog && dialog->isVisible())
+                    work(*dialog);
+                else if (tries < 10000)
+                    inWindow(work, tries + 1);
+                else
+                    error = QStringLiteral("the search window did not open");
+            });
+        };
 
     if (operation == Operation::Open) {
         for (auto _ : state) {
@@ -210,7 +217,7 @@ void measure(benchmark::State& state, data::Engine engine, Operation operation)
                 took = seconds(clock);
                 shownRows = dialog.visibleRowCount();
                 dialog.reject();
-            });
+            }, 0);
             clock.start();
             find->trigger();
             QElapsedTimer rawClock;
@@ -224,9 +231,10 @@ void measure(benchmark::State& state, data::Engine engine, Operation operation)
         }
     } else {
         inWindow([&](hostui::ListDialog& dialog) {
+            const QString keys = keysTyped(shop.number());
             int key = 0;
             for (auto _ : state) {
-                const QChar typed = kKeys.at(key++ % kKeys.size());
+                const QChar typed = keys.at(key++ % keys.size());
                 QElapsedTimer clock;
                 clock.start();
                 if (typed == QLatin1Char('\b'))
@@ -245,14 +253,18 @@ void measure(benchmark::State& state, data::Engine engine, Operation operation)
                     rawTotal += seconds(rawClock);
                 }
             }
-            // The order of the number typed last is the one Enter opens.
-            dialog.filterEdit()->setText(QStringLiteral("82926"));
+            // The order whose number is typed is the one Enter opens.
+            dialog.filterEdit()->setText(shop.number());
             waitForRows(dialog);
             shownRows = dialog.visibleRowCount();
             if (shownRows > 0)
                 chosenNumber = dialog.cellText(dialog.rowAt(0), orders::Search_numero);
             QTest::keyClick(dialog.filterEdit(), Qt::Key_Return);
-        });
+            if (dialog.isVisible()) {
+                error = QStringLiteral("Enter did not choose a row");
+                dialog.reject();
+            }
+        }, 0);
         find->trigger();
         if (!chosenNumber.isEmpty() && form.order().numero != chosenNumber)
             error = QStringLiteral("Enter did not open the chosen order");
