@@ -269,8 +269,30 @@ QStringList version3(Engine)
     };
 }
 
+// The search window lists the newest orders first and reads only as many as it shows: an index in that
+// order (year, then the number by its value, which for the counters' plain numbers is its length then its
+// text) lets it stop early. On SQLite the index also carries the customer's name and the ceremony, so that
+// a filter on them is checked without reading the rows; on PostgreSQL trigram indexes find a part of either
+// whatever its place in the archive. The extension lives in the shared schema, created under a lock held
+// for the whole database, so that shops with several schemas do not race to create it.
+QStringList version4(Engine engine)
+{
+    if (engine == Engine::SQLite)
+        return {QStringLiteral("create index ix_movimenti_ordine on movimenti "
+                               "(serie, length(numero), numero, documento, Nominativo, attrib04)")};
+    return {
+        QStringLiteral("create index ix_movimenti_ordine on movimenti (serie, length(numero), numero, documento)"),
+        QStringLiteral("select pg_advisory_xact_lock(7071, 0)"),
+        QStringLiteral("create extension if not exists pg_trgm with schema public"),
+        QStringLiteral("create index ix_movimenti_nominativo_trgm on movimenti "
+                       "using gin (lower(Nominativo) public.gin_trgm_ops)"),
+        QStringLiteral("create index ix_movimenti_cerimonia_trgm on movimenti "
+                       "using gin (lower(attrib04) public.gin_trgm_ops)"),
+    };
+}
+
 using Migration = std::function<QStringList(Engine)>;
-const Migration kMigrations[] = {version1, version2, version3};
+const Migration kMigrations[] = {version1, version2, version3, version4};
 
 int typeCodeOfDeclared(const QString& declared)
 {

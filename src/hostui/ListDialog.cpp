@@ -42,8 +42,6 @@ using host::Icon;
 
 namespace {
 
-constexpr int kSearchPauseMs = 250;
-
 // Reports an error caught in a slot: nothing may leave the event loop by exception.
 void reportCaught(const QString& where, const QString& caption)
 {
@@ -127,7 +125,7 @@ ListDialog::ListDialog(ListRequest request, const Recordset& rows, QWidget* pare
 
     m_searchTimer = new QTimer(this);
     m_searchTimer->setSingleShot(true);
-    m_searchTimer->setInterval(kSearchPauseMs);
+    m_searchTimer->setInterval(m_request.searchPauseMs);
 
     connect(m_filter, &QLineEdit::textChanged, this, [this](const QString& text) { filterChanged(text); });
     connect(m_searchTimer, &QTimer::timeout, this, [this] { runSearch(); });
@@ -141,6 +139,11 @@ ListDialog::ListDialog(ListRequest request, const Recordset& rows, QWidget* pare
     m_filter->installEventFilter(this);
     m_view->installEventFilter(this);
 
+    if (m_request.page && m_request.pageSize > 0) {
+        m_model->setFetcher([this] { return canFetchMore(); }, [this] { fetchMore(); });
+        rememberFetched({}, static_cast<int>(m_original.size()), m_request.pageSize);
+        m_originalMore = m_moreToFetch;
+    }
     setRows(m_original, false);
     m_view->resizeColumnsToContents();
     for (int column = 0; column < m_model->columnCount(); ++column) {
@@ -161,8 +164,8 @@ void ListDialog::setRows(const QVector<QVector<QVariant>>& rows, bool extended)
         keptKeys << rowKey(m_rows.value(row));
     m_selectionOrder.clear();
     m_rows = rows;
-    m_extended = extended;
-    m_shown = extended ? Recordset::fromRows(m_fields, rows) : m_given;
+    m_extended = extended || m_originalGrown;
+    m_shown = m_extended ? Recordset::fromRows(m_fields, rows) : m_given;
     m_model->setRows(rows);
     if (!keptKeys.isEmpty()) {
         QHash<QString, int> byKey;
@@ -201,6 +204,8 @@ void ListDialog::runSearch()
     if (text.isEmpty()) {
         if (m_extended)
             setRows(m_original, false);
+        rememberFetched({}, static_cast<int>(m_original.size()), 0);
+        m_moreToFetch = m_originalMore;
         return;
     }
     try {
@@ -221,9 +226,69 @@ void ListDialog::runSearch()
         const bool added = rows.size() > m_original.size();
         if (added || m_extended)
             setRows(rows, added);
+        rememberFetched(text, found.recordCount(), m_request.pageSize);
     } catch (...) {
         reportCaught(QStringLiteral("ListDialog.Cerca"), m_request.caption);
     }
+}
+
+void ListDialog::rememberFetched(const QString& text, int count, int asked)
+{
+    m_fetchText = text;
+    m_fetched = count;
+    m_moreToFetch = m_request.page && m_request.pageSize > 0 && count >= asked;
+}
+
+bool ListDialog::canFetchMore() const
+{
+    // Rows of a text no longer typed would only be hidden again.
+    return m_moreToFetch && m_fetchText == m_filter->text().trimmed();
+}
+
+void ListDialog::fetchMore()
+{
+    if (!canFetchMore())
+        return;
+    const int before = m_fetched;
+    const int asked = before + m_request.pageSize;
+    try {
+        const Recordset found = m_request.page(m_fetchText, asked);
+        const QVector<QVector<QVariant>> values = rowValues(found);
+        rememberFetched(m_fetchText, static_cast<int>(values.size()), asked);
+        if (found.fieldCount() != m_fields.size())
+            return;
+        QSet<QString> seen;
+        for (const auto& row : m_rows)
+            seen.insert(rowKey(row));
+        QVector<QVector<QVariant>> added;
+        for (qsizetype row = before; row < values.size(); ++row) {
+            QString key = rowKey(values[row]);
+            if (!seen.contains(key)) {
+                seen.insert(std::move(key));
+                added.push_back(values[row]);
+            }
+        }
+        if (m_fetchText.isEmpty()) {
+            m_originalMore = m_moreToFetch;
+            m_original += added;
+            m_originalGrown = m_originalGrown || !added.isEmpty();
+        }
+        if (added.isEmpty())
+            return;
+        m_rows += added;
+        m_extended = true;
+        m_shown = Recordset::fromRows(m_fields, m_rows);
+        m_model->appendRows(added);
+        refreshState();
+    } catch (...) {
+        m_moreToFetch = false;
+        reportCaught(QStringLiteral("ListDialog.Altre"), m_request.caption);
+    }
+}
+
+bool ListDialog::searchPending() const
+{
+    return m_searchTimer->isActive();
 }
 
 int ListDialog::sourceRow(const QModelIndex& proxyIndex) const

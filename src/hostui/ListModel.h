@@ -9,6 +9,8 @@
 #include <QVariant>
 #include <QVector>
 
+#include <functional>
+
 namespace xv::hostui {
 
 using data::Recordset;
@@ -49,18 +51,34 @@ public:
         m_sortKeys.clear();
         m_texts.reserve(rows.size());
         m_sortKeys.reserve(rows.size());
-        for (const auto& row : rows) {
-            QStringList texts;
-            QVector<QVariant> keys;
-            for (int column = 0; column < m_fields.size(); ++column) {
-                Cell cell = makeCell(row[column], m_kinds[column]);
-                texts << std::move(cell.text);
-                keys << std::move(cell.key);
-            }
-            m_texts.push_back(std::move(texts));
-            m_sortKeys.push_back(std::move(keys));
-        }
+        addCells(rows);
         endResetModel();
+    }
+
+    void appendRows(const QVector<QVector<QVariant>>& rows)
+    {
+        if (rows.isEmpty())
+            return;
+        const int first = static_cast<int>(m_texts.size());
+        beginInsertRows({}, first, first + static_cast<int>(rows.size()) - 1);
+        addCells(rows);
+        endInsertRows();
+    }
+
+    // Where more rows come from when the view reaches the end of those it has.
+    void setFetcher(std::function<bool()> canFetch, std::function<void()> fetch)
+    {
+        m_canFetch = std::move(canFetch);
+        m_fetch = std::move(fetch);
+    }
+    bool canFetchMore(const QModelIndex& parent) const override
+    {
+        return !parent.isValid() && m_canFetch && m_canFetch();
+    }
+    void fetchMore(const QModelIndex& parent) override
+    {
+        if (!parent.isValid() && m_fetch)
+            m_fetch();
     }
 
     QString text(int row, int column) const { return m_texts.value(row).value(column); }
@@ -101,6 +119,23 @@ public:
     }
 
 private:
+    void addCells(const QVector<QVector<QVariant>>& rows)
+    {
+        for (const auto& row : rows) {
+            QStringList texts;
+            QVector<QVariant> keys;
+            for (int column = 0; column < m_fields.size(); ++column) {
+                Cell cell = makeCell(row[column], m_kinds[column]);
+                texts << std::move(cell.text);
+                keys << std::move(cell.key);
+            }
+            m_texts.push_back(std::move(texts));
+            m_sortKeys.push_back(std::move(keys));
+        }
+    }
+
+    std::function<bool()> m_canFetch;
+    std::function<void()> m_fetch;
     QStringList m_fields;
     QVector<ColumnKind> m_kinds;
     QVector<QStringList> m_texts;

@@ -190,10 +190,16 @@ std::optional<QStringList> ListWindow::Search(const QString& caption, const Sear
     m_selected = Recordset::fromRows(fieldNames(rows), {});
     // Only a shortened list needs the database asked again: a whole one is filtered as it stands.
     if (rows.recordCount() >= m_searchLimit) {
-        request.note = QStringLiteral("(ultime %1: usare Cerca)").arg(m_searchLimit);
+        request.note = QStringLiteral("(ultime %1, altre scorrendo: usare Cerca)").arg(m_searchLimit);
         request.search = [sqlFor, limit = m_searchLimit](const QString& text) {
             return host().OpenRecordset(sqlFor(text, limit));
         };
+        // Each page reads only the orders it shows, so the database is asked as the operator types.
+        request.searchPauseMs = 0;
+        request.page = [sqlFor](const QString& text, int count) {
+            return host().OpenRecordset(sqlFor(text, count));
+        };
+        request.pageSize = m_searchLimit;
     }
     const auto choice = showList(request, rows);
     if (!choice)

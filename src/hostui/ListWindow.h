@@ -44,6 +44,13 @@ struct ListRequest
     // When set, a filter text is also looked up in the database after a pause in typing, so that rows left
     // out of a shortened list can still be found; the rows it gives are added to those already shown.
     std::function<Recordset(const QString& filterText)> search;
+    // How long a pause in typing must be before search runs: none for a search that answers at once.
+    int searchPauseMs = 250;
+    // When set, the rows come a page at a time: this gives the first count rows for a filter text (for an
+    // empty one, those first given), newest first, and the list asks again when the operator scrolls to
+    // its end.
+    std::function<Recordset(const QString& filterText, int count)> page;
+    int pageSize = 0;
 };
 
 struct ListAnswer
@@ -107,6 +114,8 @@ public:
     QString cellText(int row, int column) const;
     const Recordset& shownRows() const { return m_shown; }
     bool extended() const { return m_extended; }
+    // A typed text the database has still to be asked about.
+    bool searchPending() const;
 
     // The rows Enter would choose now: those selected, in the order they were selected, or else the
     // highlighted one.
@@ -128,6 +137,9 @@ private:
     void setRows(const QVector<QVector<QVariant>>& rows, bool extended);
     void filterChanged(const QString& text);
     void runSearch();
+    bool canFetchMore() const;
+    void fetchMore();
+    void rememberFetched(const QString& text, int count, int asked);
     void followSelection(const QItemSelection& selected, const QItemSelection& deselected);
     void keepARowHighlighted();
     void refreshState();
@@ -142,6 +154,13 @@ private:
     QVector<QVector<QVariant>> m_rows;     // the values shown: m_original and what a search added
     Recordset m_shown;
     bool m_extended = false;
+    // Rows of the unfiltered list that scrolling added after those given.
+    bool m_originalGrown = false;
+    bool m_originalMore = false;
+    // Which filter text the rows read a page at a time belong to, how many came, whether more may follow.
+    QString m_fetchText;
+    int m_fetched = 0;
+    bool m_moreToFetch = false;
     QVector<int> m_selectionOrder;
 
     ListModel* m_model = nullptr;
@@ -175,9 +194,10 @@ private:
 class ListWindow : public IListWindow
 {
 public:
-    static constexpr int kSearchLimit = 5000;
+    static constexpr int kSearchLimit = 100;
 
-    // searchLimit: how many of the newest rows a search window loads before anything is typed.
+    // searchLimit: how many of the newest rows a search window reads at a time, when it opens and each
+    // time the operator scrolls to the end of the list.
     explicit ListWindow(int searchLimit = kSearchLimit);
 
     // source: a table or view name, an SQL text starting with select, or a settings key (config_comm,

@@ -164,6 +164,35 @@ TEST_P(ListWindowTest, AShortenedOrderListStillFindsOlderOrdersByNameOrNumber)
     EXPECT_EQ(order->mid(0, 4), QStringList({"1", "2025", "10/02/2025", "Rossi Maria"}));
 }
 
+TEST_P(ListWindowTest, TheRealSearchWindowReadsAPageAtATimeAsTheListScrollsAndAsksAtOnceForATypedText)
+{
+    db().execute("update movimenti set attrib04='Cresima' where Nominativo='Verdi Carla'");
+    hostui::ListWindow window(2);
+    QStringList counts;
+    const host::IListWindow::SearchSql counted = [&counts](const QString& text, int limit) {
+        counts << text + ":" + QString::number(limit);
+        return orders::orderSearchSql(text, limit);
+    };
+    QTimer::singleShot(0, [] {
+        auto* dialog = qobject_cast<ListDialog*>(QApplication::activeModalWidget());
+        ASSERT_TRUE(dialog) << "no modal list window";
+        // The view asks for more rows until its height is filled or none are left.
+        ASSERT_TRUE(QTest::qWaitFor([dialog] { return dialog->visibleRowCount() == 5; }, 3000))
+            << dialog->visibleRowCount();
+        QTest::keyClicks(dialog->filterEdit(), "cresi");
+        ASSERT_TRUE(QTest::qWaitFor([dialog] { return !dialog->searchPending(); }, 3000));
+        ASSERT_EQ(dialog->visibleRowCount(), 1);
+        QTest::keyClick(dialog->filterEdit(), Qt::Key_Return);
+    });
+    const auto order = window.Search("Trova Commissioni", counted);
+    ASSERT_TRUE(order);
+    EXPECT_EQ(order->mid(0, 5), QStringList({"10", "2026", "01/03/2026", "Verdi Carla", "Cresima"}));
+    // Whole pages: the first two, then four and six as the list scrolled; the typed text asked as it stood
+    // once the keys given together had arrived.
+    EXPECT_EQ(counts.mid(0, 3), QStringList({":2", ":4", ":6"}));
+    EXPECT_EQ(counts.last(), "cresi:2");
+}
+
 TEST_P(ListWindowTest, PickRowAlwaysAsksAndAsksNothingForNoRows)
 {
     test::ScriptedLists lists;
