@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The change of state of 500 orders at once through the real form, offscreen, in the shop BenchShop opens
 // (a demo shop named by XV_BENCH_DB or XV_BENCH_PG), on SQLite and (with XV_BENCH_PG) on PostgreSQL: the
-// list window answered by script with 500 orders, the question answered Yes. Iterations go one way and
-// back, so the shop keeps its size and every iteration moves the same 500 orders. They start from the state
-// that has more orders, since a small shop has fewer than 500 issued ones.
+// list window answered by script as an operator would: scrolling down its pages until 500 orders show, then
+// choosing them all; the question answered Yes. Iterations go one way and back, so the shop keeps its size
+// and every iteration moves the newest 500 orders of a state. They start from the state that has more
+// orders, since a small shop has fewer than 500 issued ones.
 #include "BenchEngines.h"
 #include "BenchShop.h"
 
@@ -11,13 +12,13 @@
 #include "form/frm_Commissioni.h"
 #include "host/Dialogs.h"
 #include "host/Services.h"
+#include "orders/OrderSearch.h"
 #include "hostui/ListWindow.h"
 
 #include <benchmark/benchmark.h>
 
 #include <QApplication>
 #include <QElapsedTimer>
-#include <QSet>
 
 namespace {
 
@@ -25,20 +26,9 @@ using namespace xv;
 
 constexpr int kOrders = 500;
 
-QString orderKey(const data::Recordset& rows)
+int ordersIn(host::Host& h, const QString& state)
 {
-    return data::variantText(rows.value(0)) + QLatin1Char('/') + data::variantText(rows.value(1));
-}
-
-// The first 500 orders in the state of the list, the same ones every time.
-QSet<QString> ordersIn(host::Host& h, const QString& state)
-{
-    QSet<QString> moved;
-    data::Recordset listed = h.OpenRecordset(
-        QStringLiteral("SELECT * FROM Doc_Commissioni_testate WHERE [STATO COMMISSIONE]='%1'").arg(state));
-    for (listed.moveFirst(); !listed.eof() && moved.size() < kOrders; listed.moveNext())
-        moved.insert(orderKey(listed));
-    return moved;
+    return static_cast<int>(h.OpenRecordset(orders::orderChoiceSql(state, {}, kOrders)).recordCount());
 }
 
 void changeStateOfFiveHundredOrders(benchmark::State& state, data::Engine engine)
@@ -51,23 +41,22 @@ void changeStateOfFiveHundredOrders(benchmark::State& state, data::Engine engine
     host::setListWindowFactory([] { return std::make_unique<hostui::ListWindow>(); });
     QString first = QStringLiteral("EMESSO");
     QString second = QStringLiteral("RITIRATO");
-    QSet<QString> moved = ordersIn(shop.host(), first);
-    if (moved.size() < kOrders) {
+    if (ordersIn(shop.host(), first) < kOrders)
         std::swap(first, second);
-        moved = ordersIn(shop.host(), first);
-    }
-    if (moved.size() < kOrders) {
+    if (ordersIn(shop.host(), first) < kOrders) {
         state.SkipWithError("the shop has fewer than 500 orders in either state: name a demo shop");
         return;
     }
     int chosen = 0;
-    hostui::ListWindows::setHandler([&](const hostui::ListRequest&, const data::Recordset& shown) {
-        hostui::ListAnswer answer{true, {}, std::nullopt};
+    hostui::ListWindows::setHandler([&](const hostui::ListRequest& request, const data::Recordset& shown) {
+        // The window asks for a page more each time the operator reaches the end of the list.
         data::Recordset rows = shown;
-        for (rows.moveFirst(); !rows.eof(); rows.moveNext()) {
-            if (moved.contains(orderKey(rows)))
-                answer.rows << rows.position();
-        }
+        for (int count = request.pageSize * 2; request.page && rows.recordCount() < kOrders;
+             count += request.pageSize)
+            rows = request.page({}, count);
+        hostui::ListAnswer answer{true, {}, rows};
+        for (int row = 0; row < std::min(kOrders, rows.recordCount()); ++row)
+            answer.rows << row;
         chosen = static_cast<int>(answer.rows.size());
         return answer;
     });

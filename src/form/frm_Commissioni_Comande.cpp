@@ -12,6 +12,7 @@
 #include "host/Services.h"
 #include "lines/FlexGrid.h"
 #include "lines/GridColumns.h"
+#include "orders/OrderSearch.h"
 #include "printing/OrderChoice.h"
 
 #include <QCursor>
@@ -63,12 +64,19 @@ bool askYesNo(const QString& question)
            Answer::Yes;
 }
 
-// The rows chosen in the last list window as the lists of numbers and series; empty when none came back.
-printing::ChosenOrders chooseOrders(const QString& source, const QString& caption)
+// The orders the operator chose among those of the source in a state (any state for an empty one), as the
+// lists of numbers and series; empty when none came back.
+printing::ChosenOrders chooseOrders(const QString& source, const QString& state, const QString& caption)
 {
     host::IListWindow& list = host::listWindow();
     bool confirmed = false;
-    list.SelectFromList(source, 1, caption, confirmed);
+    if (printing::isOrderHeaderView(source))
+        list.SelectFromPages(
+            [state](const QString& text, int limit) { return orders::orderChoiceSql(state, text, limit); }, 1,
+            caption, confirmed);
+    else
+        list.SelectFromList(state.isEmpty() ? source : printing::statusChoiceSql(source, state), 1, caption,
+                            confirmed);
     if (!confirmed)
         return {};
     data::Recordset rows = list.GetSelectedRows();
@@ -123,7 +131,7 @@ void frm_Commissioni::tbComandi_ButtonMenuClick(QAction* entry)
 void frm_Commissioni::Documenti_StampaCControllo(const QString& fromState, const QString& toState)
 {
     try {
-        m_chosen = chooseOrders(printing::statusChoiceSql(m_settings.sql_Commissioni, fromState),
+        m_chosen = chooseOrders(m_settings.sql_Commissioni, fromState,
                                 printing::statusChoiceCaption(fromState, toState));
         if (!m_chosen.isEmpty() && askYesNo(printing::statusQuestion(toState)))
             host::host().GetConnection().execute(
@@ -137,7 +145,7 @@ void frm_Commissioni::Documenti_StampaCControllo(const QString& fromState, const
 void frm_Commissioni::Documenti_CO_StampaControllo()
 {
     try {
-        m_chosen = chooseOrders(m_settings.sql_Commissioni,
+        m_chosen = chooseOrders(m_settings.sql_Commissioni, QString(),
                                 QStringLiteral("Elenco delle Commissioni di cui stampare le righe"));
         if (!m_chosen.isEmpty())
             Documento_StampaCControllo(2);

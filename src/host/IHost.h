@@ -150,6 +150,9 @@ public:
     // An SQL text of the rows to search among: those matching a filter text (all for an empty one),
     // newest first, at most limit of them.
     using SearchSql = std::function<QString(const QString& filterText, int limit)>;
+    // SelectFromList over rows read a page at a time (a filter text typed is looked up through sqlFor too),
+    // for sources too large to be read whole.
+    virtual void SelectFromPages(const SearchSql& sqlFor, int mode, const QString& caption, bool& confirmed) = 0;
     // A search window: the chosen row's values as shown, as text; nothing when the operator cancelled.
     virtual std::optional<QStringList> Search(const QString& caption, const SearchSql& sqlFor) = 0;
     // The values of the row the operator chose among those of an SQL text, asked even when there is only

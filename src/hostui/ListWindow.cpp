@@ -179,11 +179,9 @@ Recordset ListWindow::GetSelectedRows()
     return m_selected;
 }
 
-std::optional<QStringList> ListWindow::Search(const QString& caption, const SearchSql& sqlFor)
+std::optional<Recordset> ListWindow::choosePaged(ListRequest request, const SearchSql& sqlFor)
 {
     m_selected = Recordset();
-    ListRequest request;
-    request.caption = caption;
     request.sql = sqlFor({}, m_searchLimit);
     request.printable = true;
     const Recordset rows = host().OpenRecordset(request.sql);
@@ -205,8 +203,26 @@ std::optional<QStringList> ListWindow::Search(const QString& caption, const Sear
     if (!choice)
         return std::nullopt;
     m_selected = chosenRecordset(*choice);
+    return rows;
+}
+
+void ListWindow::SelectFromPages(const SearchSql& sqlFor, int mode, const QString& caption, bool& confirmed)
+{
+    ListRequest request;
+    request.caption = caption;
+    request.multiSelect = mode == 1;
+    confirmed = choosePaged(std::move(request), sqlFor).has_value();
+}
+
+std::optional<QStringList> ListWindow::Search(const QString& caption, const SearchSql& sqlFor)
+{
+    ListRequest request;
+    request.caption = caption;
+    const std::optional<Recordset> rows = choosePaged(std::move(request), sqlFor);
+    if (!rows)
+        return std::nullopt;
     const QVector<QVariant> row = rowValues(m_selected).constFirst();
-    const QVector<ColumnKind> kinds = columnKinds(rows, rowValues(rows));
+    const QVector<ColumnKind> kinds = columnKinds(*rows, rowValues(*rows));
     QStringList texts;
     for (int column = 0; column < row.size(); ++column)
         texts << makeCell(row[column], kinds.value(column)).text;

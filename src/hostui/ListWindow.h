@@ -204,10 +204,14 @@ public:
     // config_CO). mode 1 lets the operator choose several rows. Throws the database's error for a bad text.
     void SelectFromList(const QString& source, int mode, const QString& caption, bool& confirmed) override;
     Recordset GetSelectedRows() override;
+    void SelectFromPages(const SearchSql& sqlFor, int mode, const QString& caption, bool& confirmed) override;
     std::optional<QStringList> Search(const QString& caption, const SearchSql& sqlFor) override;
     std::optional<QVariantList> PickRow(const QString& caption, const QString& sql) override;
 
 private:
+    // Opens the first page of sqlFor in a list window and keeps what the operator chose.
+    std::optional<Recordset> choosePaged(ListRequest request, const SearchSql& sqlFor);
+
     int m_searchLimit;
     Recordset m_selected;
 };

@@ -27,6 +27,43 @@ bool allDigits(const QString& text)
     return std::all_of(text.cbegin(), text.cend(), [](QChar c) { return c.isDigit(); });
 }
 
+QString filterCondition(const QString& filterText)
+{
+    if (filterText.isEmpty())
+        return {};
+    if (allDigits(filterText))
+        return QStringLiteral(" and numero='") + sqlEscape(filterText) + QLatin1Char('\'');
+    const QString pattern = containing(filterText.toLower());
+    return QStringLiteral(" and (numero='") + sqlEscape(filterText) + QStringLiteral("' or lower(Nominativo) like ") +
+           pattern + QStringLiteral(" or lower(attrib04) like ") + pattern + QLatin1Char(')');
+}
+
+QString newestFirst(const QString& table)
+{
+    return QStringLiteral(" order by %1serie desc, length(%1numero) desc, %1numero desc, %1documento desc")
+        .arg(table);
+}
+
+// The keys of the newest orders whose rows meet the condition, at most limit of them, and when asked the
+// first of those rows as primo.
+QString newestKeys(const QString& condition, int limit, bool withFirstRow = false)
+{
+    return QStringLiteral("select documento, serie, numero") +
+           (withFirstRow ? QStringLiteral(", min(rowid) as primo") : QString()) +
+           QStringLiteral(" from movimenti "
+                          "where documento & '' in (select tipodocumento from numeratori where codtipodoc='CO')") +
+           condition + QStringLiteral(" group by serie, length(numero), numero, documento") + newestFirst({}) +
+           QStringLiteral(" limit ") + QString::number(limit);
+}
+
+// One order's rows, for a subquery that sums or counts them.
+QString rowsOf(const QString& alias)
+{
+    return QStringLiteral(" from movimenti %1 where %1.documento=k.documento and %1.serie=k.serie and "
+                          "%1.numero=k.numero)")
+        .arg(alias);
+}
+
 } // namespace
 
 // Two steps, so that the work follows the rows shown and not the size of the archive: the newest orders'
@@ -37,39 +74,48 @@ bool allDigits(const QString& text)
 // all digits, so such a text looks for the order number alone, straight through its index.
 QString orderSearchSql(const QString& filterText, int limit)
 {
-    QString condition;
-    if (!filterText.isEmpty()) {
-        if (allDigits(filterText)) {
-            condition = QStringLiteral(" and numero='") + sqlEscape(filterText) + QLatin1Char('\'');
-        } else {
-            const QString pattern = containing(filterText.toLower());
-            condition = QStringLiteral(" and (numero='") + sqlEscape(filterText) +
-                        QStringLiteral("' or lower(Nominativo) like ") + pattern +
-                        QStringLiteral(" or lower(attrib04) like ") + pattern + QLatin1Char(')');
-        }
-    }
-    const auto newestFirst = [](const QString& table) {
-        return QStringLiteral(" order by %1serie desc, length(%1numero) desc, %1numero desc, %1documento desc")
-            .arg(table);
-    };
-    const QString keys =
-        QStringLiteral("select documento, serie, numero from movimenti "
-                       "where documento & '' in (select tipodocumento from numeratori where codtipodoc='CO')") +
-        condition + QStringLiteral(" group by serie, length(numero), numero, documento") + newestFirst({}) +
-        QStringLiteral(" limit ") + QString::number(limit);
     // The first row and the total are looked up per key before the join, so that each engine reaches the
     // first row by its key instead of testing every row against a subquery.
     const QString firstRows =
         QStringLiteral("select k.documento as documento, k.serie as serie, k.numero as numero, "
-                       "(select min(f.rowid) from movimenti f where f.documento=k.documento and "
-                       "f.serie=k.serie and f.numero=k.numero) as primo, "
-                       "(select sum(s.totale) from movimenti s where s.documento=k.documento and "
-                       "s.serie=k.serie and s.numero=k.numero) as totale from (") +
-        keys + QStringLiteral(") k");
+                       "(select min(f.rowid)") + rowsOf(QStringLiteral("f")) +
+        QStringLiteral(" as primo, (select sum(s.totale)") + rowsOf(QStringLiteral("s")) +
+        QStringLiteral(" as totale from (") + newestKeys(filterCondition(filterText), limit) +
+        QStringLiteral(") k");
     return QStringLiteral("select k.numero as numero, k.serie as serie, m.datadocumento as DataComm, "
                           "m.Nominativo as Nominativo, m.attrib04 as Cerimonia, m.attrib05 as DataCerimonia, "
                           "m.attrib06 as NomeFesteggiato, m.StatoRiga as [STATO COMMISSIONE], "
                           "k.totale as Totale, k.documento as documento from (") +
+           firstRows + QStringLiteral(") k inner join movimenti m on m.rowid = k.primo") +
+           newestFirst(QStringLiteral("k."));
+}
+
+// The same two steps with every column of the order-header view. For a state, the keys are those of orders
+// with rows in it and each order shows the first of those rows: an order is listed in its state, as in
+// the view, and one whose rows were left in two states (lines added after a change of state) is listed in
+// both, so that its rows in either can still be moved. A condition on the first row of each order instead
+// would leave the engine unable to tell how far down the index a page ends, and PostgreSQL then sorts
+// every order in the state before showing the first.
+QString orderChoiceSql(const QString& state, const QString& filterText, int limit)
+{
+    QString condition = filterCondition(filterText);
+    if (!state.isEmpty())
+        condition += QStringLiteral(" and StatoRiga='") + sqlEscape(state) + QLatin1Char('\'');
+    const QString firstRows =
+        QStringLiteral("select k.documento as documento, k.serie as serie, k.numero as numero, k.primo as primo, "
+                       "(select sum(s.totale)") + rowsOf(QStringLiteral("s")) +
+        QStringLiteral(" as totale, (select sum(a.prezzo2)") + rowsOf(QStringLiteral("a")) +
+        QStringLiteral(" as acconto, (select count(*)") + rowsOf(QStringLiteral("c")) +
+        QStringLiteral(" as righe from (") + newestKeys(condition, limit, true) + QStringLiteral(") k");
+    return QStringLiteral("select k.numero as numero, k.serie as serie, k.documento as documento, "
+                          "m.datadocumento as DataComm, m.Nominativo as Nominativo, "
+                          "m.codenominativo as codenominativo, m.rowid_controparti as rowid_controparti, "
+                          "m.telefono as telefono, m.Cellulare as Cellulare, m.Email as Email, "
+                          "m.Datadal as DataRitiro, m.Dataal as DataRitiro2, m.attrib04 as Cerimonia, "
+                          "m.attrib05 as DataCerimonia, m.attrib06 as NomeFesteggiato, m.attrib07 as Note, "
+                          "m.attrib08 as Dicitura, m.attrib00 as Biglietti, m.attrib01 as Amuleto, "
+                          "m.StatoRiga as [STATO COMMISSIONE], k.totale as Totale, k.acconto as Acconto, "
+                          "k.righe as Righe from (") +
            firstRows + QStringLiteral(") k inner join movimenti m on m.rowid = k.primo") +
            newestFirst(QStringLiteral("k."));
 }

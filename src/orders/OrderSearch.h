@@ -10,6 +10,11 @@ namespace xv::orders {
 // A filter text matches the number exactly or a part of the customer's name.
 QString orderSearchSql(const QString& filterText, int limit);
 
+// The orders in a state (any state for an empty one) with the order-header view's columns, newest first,
+// at most limit of them; a filter text matches as in the search window. What the windows that choose
+// orders in bulk read a page at a time, instead of the whole view.
+QString orderChoiceSql(const QString& state, const QString& filterText, int limit);
+
 // Positions of the search window's columns in the chosen row.
 enum SearchColumn { Search_numero = 0, Search_serie = 1, Search_documento = 9 };
 

@@ -51,6 +51,11 @@ QString statusChoiceCaption(const QString& fromState, const QString& toState)
            toState + QLatin1Char(']');
 }
 
+bool isOrderHeaderView(const QString& source)
+{
+    return source.trimmed().compare(QLatin1String("Doc_Commissioni_testate"), Qt::CaseInsensitive) == 0;
+}
+
 QString statusChoiceSql(const QString& source, const QString& fromState)
 {
     return QStringLiteral("SELECT * FROM ") + source + QStringLiteral(" WHERE [STATO COMMISSIONE]='") +

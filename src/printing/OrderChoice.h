@@ -26,6 +26,11 @@ struct ChosenOrders
 // Reads every row from the first: the number is the first column, the series the second.
 ChosenOrders chosenOrders(data::Recordset& rows);
 
+// Whether the orders to choose come from the program's own order-header view, which the windows choosing
+// orders then read a page at a time, newest first, instead of grouping every order of the archive before
+// the first is shown. A source the shop named itself is read whole, as it stands.
+bool isOrderHeaderView(const QString& source);
+
 // The change of state of the chosen orders between "EMESSO" and "RITIRATO".
 QString statusChoiceCaption(const QString& fromState, const QString& toState);
 QString statusChoiceSql(const QString& source, const QString& fromState);
