@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <benchmark/benchmark.h>
 
+#include "common/Dates.h"
+
 #include <QApplication>
 #include <QLocale>
 
@@ -10,6 +12,8 @@ int main(int argc, char** argv)
     // The grid benchmarks need widgets; no screen is needed to measure them.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    // As the program does at start.
+    xv::common::readLocalTimeZoneOnce();
     QApplication app(argc, argv);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))

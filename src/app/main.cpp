@@ -2,6 +2,7 @@
 #include "app/ExitSignals.h"
 #include "app/ReadyProbe.h"
 #include "app/aMAIN.h"
+#include "common/Dates.h"
 #include "app/mINIT_MODULO.h"
 #include "form/frm_Commissioni.h"
 #include "host/Services.h"
@@ -37,6 +38,7 @@ int main(int argc, char** argv)
     // Our own chatter stays off unless asked for with QT_LOGGING_RULES (for example "xv.host.debug=true").
     if (qEnvironmentVariableIsEmpty("QT_LOGGING_RULES"))
         QLoggingCategory::setFilterRules(QStringLiteral("xv.*.debug=false\nxv.*.info=false"));
+    xv::common::readLocalTimeZoneOnce();
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("xVELARIO"));
     // The shop works in Italian: dates day first, money in euro, whatever the machine is set to.

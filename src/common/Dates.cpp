@@ -3,11 +3,23 @@
 
 #include "RuntimeError.h"
 
+#include <QFileInfo>
 #include <QRegularExpression>
+
+#include <ctime>
 
 #include <array>
 
 namespace xv::common {
+
+void readLocalTimeZoneOnce()
+{
+    // Qt takes ":/etc/localtime" for the system's own zone, as the C library does.
+    if (qEnvironmentVariableIsSet("TZ") || !QFileInfo::exists(QStringLiteral("/etc/localtime")))
+        return;
+    qputenv("TZ", ":/etc/localtime");
+    tzset();
+}
 
 namespace {
 

@@ -9,6 +9,13 @@
 
 namespace xv::common {
 
+// Makes the C library read the machine's time zone once, at start, instead of at every local-time
+// conversion. With TZ unset, glibc looks at /etc/localtime again each time a local time is converted
+// (one file-system call per date shown: thousands when an order of a thousand lines opens); naming that
+// same file in TZ lets it keep what it read. A TZ set by the user is left as it is. A change of the
+// machine's zone is seen at the next start.
+void readLocalTimeZoneOnce();
+
 // Dates are shown day first, as the shop has always written them, whatever the machine's locale.
 QString shortDate(const QDate& date);
 // The time is left out when it is exactly midnight: such values are dates stored in a date-time column.

@@ -2,7 +2,11 @@
 #include "common/Dates.h"
 #include "ErrorNumberOf.h"
 
+#include <QFileInfo>
+
 #include <gtest/gtest.h>
+
+#include <ctime>
 
 #include <tuple>
 #include <utility>
@@ -150,6 +154,41 @@ TEST(DatesTest, LongDateIsItalianWhateverTheLocale)
         EXPECT_EQ(longDate(date), QString::fromUtf16(text)) << date.toString(Qt::ISODate).toStdString();
     QLocale::setDefault(saved);
     EXPECT_EQ(longDate(QDate()), QString());
+}
+
+// The zone is read once only if TZ names the machine's own zone file: the times seen must not move, and a
+// zone the user chose must stay chosen.
+TEST(LocalTimeZone, NamingTheMachinesZoneOnceKeepsEveryLocalTimeAndAUsersChoice)
+{
+    const QByteArray saved = qgetenv("TZ");
+    const bool wasSet = qEnvironmentVariableIsSet("TZ");
+    const auto offsets = [] {
+        QList<int> seconds;
+        for (int month : {1, 7})
+            seconds << QDateTime(QDate(2026, month, 1), QTime(12, 0)).offsetFromUtc();
+        return seconds;
+    };
+
+    qunsetenv("TZ");
+    tzset();
+    const QList<int> machine = offsets();
+    readLocalTimeZoneOnce();
+    if (QFileInfo::exists("/etc/localtime")) {
+        EXPECT_EQ(qgetenv("TZ"), ":/etc/localtime");
+    }
+    EXPECT_EQ(offsets(), machine);
+
+    qputenv("TZ", "Asia/Tokyo");
+    tzset();
+    readLocalTimeZoneOnce();
+    EXPECT_EQ(qgetenv("TZ"), "Asia/Tokyo");
+    EXPECT_EQ(offsets(), QList<int>({9 * 3600, 9 * 3600}));
+
+    if (wasSet)
+        qputenv("TZ", saved);
+    else
+        qunsetenv("TZ");
+    tzset();
 }
 
 } // namespace
