@@ -118,6 +118,9 @@ TEST_P(DialectFunctionsTest, ValReadsTheLeadingNumber)
         {"val('12abc')", 12}, {"val('abc')", 0},          {"val('')", 0},        {"val(NULL)", std::nullopt},
         {"val(3.5)", 3.5},    {"VAL('  -1.5e2x')", -150}, {"Val('.5')", 0.5},    {"val('+7')", 7},
         {"val('1e')", 1},     {"val('12.34.56')", 12.34}, {"val('5') / 2", 2.5}, {"val(17) / 2", 8.5},
+        // Digits alone, as years and numbers are kept, on either side of the length read without a pattern.
+        {"val('2026')", 2026}, {"val('0012')", 12}, {"val('123456789012345')", 123456789012345.0},
+        {"val('1234567890123456')", 1234567890123456.0}, {"val('2026 ')", 2026}, {"val(' 2026')", 2026},
     };
     for (const auto& c : cases) {
         const QVariant value = select(text(c.expression));
@@ -127,6 +130,23 @@ TEST_P(DialectFunctionsTest, ValReadsTheLeadingNumber)
             EXPECT_DOUBLE_EQ(value.toDouble(), *c.expected) << c.expression;
     }
     EXPECT_THROW(db().execute("select val('1e999')"), common::RuntimeError);
+
+    // Finding an order by number tests val() on each of its lines: PostgreSQL must write the body into
+    // the query rather than call the function once per row, and a null column still gives null.
+    if (GetParam() == data::Engine::PostgreSQL) {
+        db().execute("create table valori (t text)");
+        db().execute("insert into valori values ('2026'), (NULL)");
+        QSqlQuery plan = db().execute("explain verbose select val(t) from valori");
+        QString lines;
+        while (plan.next())
+            lines += plan.value(0).toString() + '\n';
+        EXPECT_FALSE(lines.contains("val(")) << lines.toStdString();
+        QSqlQuery values = db().execute("select val(t) from valori order by t");
+        ASSERT_TRUE(values.next());
+        EXPECT_DOUBLE_EQ(values.value(0).toDouble(), 2026);
+        ASSERT_TRUE(values.next());
+        EXPECT_TRUE(values.value(0).isNull());
+    }
 }
 
 TEST_P(DialectFunctionsTest, YearOfTextsAndTheTwoDigitBoundary)
