@@ -2,12 +2,16 @@
 #include "ReusedStatement.h"
 
 #include <QDateTime>
+#include <QLocale>
 #include <QSqlDriver>
 #include <QSqlQuery>
 
+#include <libpq-fe.h>
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <atomic>
+#include <memory>
 #include <vector>
 
 namespace xv::data {
@@ -174,6 +178,137 @@ private:
     QSqlQuery m_query;
 };
 
+// On PostgreSQL the driver prepares with PREPARE and runs each line as an EXECUTE whose values it writes
+// into the text, which the server parses again; here the statement is prepared and run by the protocol's
+// own messages, each value handed over as text for the column's own input to read, as the driver's
+// literal would be read.
+class PostgresStatement final : public ReusedStatement
+{
+public:
+    PostgresStatement(PGconn* connection, QByteArray name) : m_connection(connection), m_name(std::move(name)) {}
+    ~PostgresStatement() override
+    {
+        // Prepared statements outlive transactions: the name is given back, unless the session has gone.
+        if (PQstatus(m_connection) == CONNECTION_OK && PQtransactionStatus(m_connection) != PQTRANS_ACTIVE)
+            PQclear(PQexec(m_connection, ("DEALLOCATE " + m_name).constData()));
+    }
+    PostgresStatement(const PostgresStatement&) = delete;
+    PostgresStatement& operator=(const PostgresStatement&) = delete;
+
+    // As the driver words it: the server's message and its SQLSTATE, then what was being done.
+    static QSqlError error(PGconn* connection, const PGresult* result, const QString& what)
+    {
+        QString message = QString::fromUtf8(PQerrorMessage(connection));
+        QString state;
+        if (result) {
+            state = QString::fromLatin1(PQresultErrorField(result, PG_DIAG_SQLSTATE));
+            message += QStringLiteral("(%1)").arg(state);
+        }
+        return QSqlError(QStringLiteral("QPSQL: ") + what, message,
+                         PQstatus(connection) == CONNECTION_OK ? QSqlError::StatementError
+                                                               : QSqlError::ConnectionError,
+                         state);
+    }
+
+    bool run(const QVariantList& values, QVariant& key, QSqlError& error) override
+    {
+        std::vector<QByteArray> texts(values.size());
+        std::vector<const char*> pointers(values.size(), nullptr);
+        for (qsizetype i = 0; i < values.size(); ++i) {
+            if (isNullValue(values[i]))
+                continue;
+            texts[i] = text(values[i]);
+            if (texts[i].contains('\0')) {
+                error = QSqlError(QStringLiteral("QPSQL: Unable to create query"),
+                                  QStringLiteral("un testo contiene il carattere nullo, che il server non accetta"),
+                                  QSqlError::StatementError);
+                return false;
+            }
+            pointers[i] = texts[i].constData();
+        }
+        const std::unique_ptr<PGresult, decltype(&PQclear)> result(
+            PQexecPrepared(m_connection, m_name.constData(), int(values.size()), pointers.data(), nullptr,
+                           nullptr, 0),
+            &PQclear);
+        const ExecStatusType status = result ? PQresultStatus(result.get()) : PGRES_FATAL_ERROR;
+        if (status != PGRES_COMMAND_OK && status != PGRES_TUPLES_OK) {
+            error = PostgresStatement::error(m_connection, result.get(), QStringLiteral("Unable to create query"));
+            return false;
+        }
+        key = QVariant();
+        if (status == PGRES_TUPLES_OK && PQntuples(result.get()) > 0 && !PQgetisnull(result.get(), 0, 0)) {
+            const char* value = PQgetvalue(result.get(), 0, 0);
+            switch (PQftype(result.get(), 0)) {
+            case 20: // int8
+                key = QByteArray(value).toLongLong();
+                break;
+            case 21: // int2
+            case 23: // int4
+                key = QByteArray(value).toInt();
+                break;
+            default:
+                key = QString::fromUtf8(value);
+            }
+        }
+        return true;
+    }
+
+private:
+    // A value as the driver writes it into its literals, without the quotes.
+    static QByteArray text(const QVariant& value)
+    {
+        switch (value.metaType().id()) {
+        case QMetaType::QString:
+            return static_cast<const QString*>(value.constData())->toUtf8();
+        case QMetaType::Bool:
+            return value.toBool() ? QByteArrayLiteral("TRUE") : QByteArrayLiteral("FALSE");
+        case QMetaType::Double:
+        case QMetaType::Float:
+            return QByteArray::number(value.toDouble(), 'g', QLocale::FloatingPointShortest);
+        case QMetaType::QDateTime:
+            return value.toDateTime().toString(Qt::ISODateWithMs).toUtf8();
+        case QMetaType::QDate:
+            return value.toDate().toString(Qt::ISODate).toUtf8();
+        case QMetaType::QTime:
+            return value.toTime().toString(u"hh:mm:ss.zzz").toUtf8();
+        default:
+            return value.toString().toUtf8();
+        }
+    }
+
+    PGconn* m_connection;
+    QByteArray m_name;
+};
+
+// Qt's own rewriting of "?" placeholders into the server's $1, $2..., outside quoted texts.
+QByteArray numberedPlaceholders(const QString& sql)
+{
+    QString out;
+    int n = 0;
+    QChar quote;
+    for (const QChar c : sql) {
+        if (quote.isNull() && (c == u'\'' || c == u'"'))
+            quote = c;
+        else if (c == quote)
+            quote = QChar();
+        if (c == u'?' && quote.isNull())
+            out += QLatin1Char('$') + QString::number(++n);
+        else
+            out += c;
+    }
+    return out.toUtf8();
+}
+
+PGconn* postgresConnection(const QSqlDatabase& db)
+{
+    const QSqlDriver* driver = db.driver();
+    const QVariant handle = driver ? driver->handle() : QVariant();
+    if (!handle.isValid() ||
+        (qstrcmp(handle.typeName(), "pg_conn*") != 0 && qstrcmp(handle.typeName(), "PGconn*") != 0))
+        return nullptr;
+    return *static_cast<PGconn* const*>(handle.constData());
+}
+
 sqlite3* sqliteConnection(const QSqlDatabase& db)
 {
     const QSqlDriver* driver = db.driver();
@@ -204,6 +339,20 @@ std::unique_ptr<ReusedStatement> ReusedStatement::prepare(const QSqlDatabase& db
             return nullptr;
         }
         return std::make_unique<SqliteStatement>(connection, statement);
+    }
+    if (engine == Engine::PostgreSQL) {
+        if (PGconn* connection = postgresConnection(db)) {
+            static std::atomic<int> counter{0};
+            QByteArray name = "xv_ripetuta_" + QByteArray::number(++counter);
+            const std::unique_ptr<PGresult, decltype(&PQclear)> result(
+                PQprepare(connection, name.constData(), numberedPlaceholders(nativeSql).constData(), 0, nullptr),
+                &PQclear);
+            if (!result || PQresultStatus(result.get()) != PGRES_COMMAND_OK) {
+                error = PostgresStatement::error(connection, result.get(), QStringLiteral("Unable to prepare statement"));
+                return nullptr;
+            }
+            return std::make_unique<PostgresStatement>(connection, std::move(name));
+        }
     }
     auto statement = std::make_unique<DriverStatement>(db);
     if (!statement->prepare(nativeSql, error))

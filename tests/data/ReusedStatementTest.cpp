@@ -90,6 +90,46 @@ TEST_P(ReusedStatementTest, EachValueIsStoredAsTheDriverStoresIt)
     }
 }
 
+// Numbers and dates reach each column type as the driver's own would: a double read back the same in a
+// single, a double and a currency column, a date and time to the millisecond.
+TEST_P(ReusedStatementTest, NumbersAndDatesAreStoredAsTheDriverStoresThem)
+{
+    const QVariant values[] = {0.1, 1.0 / 3, 1e20, -2.5e-7, 123456.789, 7, Q_INT64_C(-9000000000),
+                               QDateTime(QDate(2026, 3, 29), QTime(2, 30, 15, 250)), true};
+    const QString insert = "insert into movimenti (numero, qta, prezzo, quantita, datareg) values (?, ?, ?, ?, ?)";
+    const auto read = [&](const QString& numero) {
+        QSqlQuery q = db().executeBound("select qta, prezzo, quantita, datareg from movimenti where numero=?", {numero});
+        QStringList texts;
+        while (q.next())
+            for (int i = 0; i < 4; ++i)
+                texts << q.value(i).toString();
+        return texts;
+    };
+    int i = 0;
+    for (const QVariant& value : values) {
+        SCOPED_TRACE(value.toString().toStdString());
+        const bool date = value.metaType().id() == QMetaType::QDateTime;
+        const QVariant number = date ? QVariant(1) : value;
+        const QVariant when = date ? value : QVariant();
+        const QString driver = QStringLiteral("d%1").arg(i);
+        const QString reused = QStringLiteral("r%1").arg(i++);
+        QString driverError;
+        QString reusedError;
+        try {
+            db().executeBound(insert, {driver, number, number, number, when});
+        } catch (const common::RuntimeError& e) {
+            driverError = e.description();
+        }
+        try {
+            db().executeReused(insert, {reused, number, number, number, when});
+        } catch (const common::RuntimeError& e) {
+            reusedError = e.description();
+        }
+        EXPECT_EQ(reusedError.isEmpty(), driverError.isEmpty()) << reusedError.toStdString() << driverError.toStdString();
+        EXPECT_EQ(read(reused), read(driver));
+    }
+}
+
 TEST_P(ReusedStatementTest, ATextIsPreparedOnceInATransactionAndEachRunAnswersTheNewRowsKey)
 {
     const qint64 before = db().statementsPrepared();
