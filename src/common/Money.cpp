@@ -269,6 +269,39 @@ QString currencyPattern(const QLocale& locale, bool negative)
     return at < 0 ? pattern : pattern.replace(at, seven.size(), QStringLiteral("%1"));
 }
 
+// Every amount of every line shown is written in the locale's layout: its parts around the number are
+// found once per locale and thread, not on every call.
+struct CurrencyLayout
+{
+    QLocale locale;
+    // Indexed by whether the amount is negative.
+    QString before[2];
+    QString after[2];
+    bool hole[2] = {false, false};
+    QString decimal;
+    bool asciiDigits = false;
+};
+
+const CurrencyLayout& currencyLayout(const QLocale& locale)
+{
+    thread_local CurrencyLayout layout;
+    thread_local bool filled = false;
+    if (!filled || layout.locale != locale) {
+        layout.locale = locale;
+        for (int negative = 0; negative < 2; ++negative) {
+            const QString pattern = currencyPattern(locale, negative == 1);
+            const qsizetype at = pattern.indexOf(QLatin1String("%1"));
+            layout.hole[negative] = at >= 0;
+            layout.before[negative] = at < 0 ? pattern : pattern.left(at);
+            layout.after[negative] = at < 0 ? QString() : pattern.mid(at + 2);
+        }
+        layout.decimal = locale.decimalPoint();
+        layout.asciiDigits = locale.toString(0) == QLatin1String("0") && locale.toString(9) == QLatin1String("9");
+        filled = true;
+    }
+    return layout;
+}
+
 } // namespace
 
 Money Money::fromInteger(qint64 units)
@@ -342,9 +375,18 @@ QString Money::toCurrencyText(const QLocale& locale) const
     const Wide cents = divideHalfAwayFromZero(magnitudeOf(m_raw), Scale / 100);
     const auto whole = static_cast<qint64>(cents / 100);
     const int fraction = static_cast<int>(cents % 100);
-    const QString number = locale.toString(whole) + locale.decimalPoint() + locale.toString(fraction / 10) +
-                           locale.toString(fraction % 10);
-    return currencyPattern(locale, m_raw < 0 && cents != 0).arg(number);
+    const CurrencyLayout& layout = currencyLayout(locale);
+    const int negative = m_raw < 0 && cents != 0 ? 1 : 0;
+    if (!layout.hole[negative])
+        return layout.before[negative];
+    QString text = layout.before[negative] + locale.toString(whole) + layout.decimal;
+    if (layout.asciiDigits) {
+        text += QChar(u'0' + fraction / 10);
+        text += QChar(u'0' + fraction % 10);
+    } else {
+        text += locale.toString(fraction / 10) + locale.toString(fraction % 10);
+    }
+    return text + layout.after[negative];
 }
 
 double Money::toDouble() const

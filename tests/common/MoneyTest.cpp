@@ -142,6 +142,24 @@ TEST(MoneyTest, CurrencyTextRoundsHalvesAwayFromZeroAndReadsBack)
               u"($1,234.50)");
 }
 
+// The layout is kept between calls: each locale must still get its own symbol, sign, digits and order,
+// whichever came before it.
+TEST(MoneyTest, CurrencyTextFollowsEachLocaleInTurn)
+{
+    const QLocale locales[] = {Italian,
+                               QLocale(QLocale::English, QLocale::UnitedStates),
+                               QLocale(QLocale::French, QLocale::France),
+                               QLocale(QLocale::Arabic, QLocale::Egypt),
+                               QLocale(QLocale::German, QLocale::Switzerland),
+                               Italian};
+    for (const QLocale& locale : locales) {
+        for (const double amount : {1234.5, -0.25, 7.0}) {
+            SCOPED_TRACE((locale.name() + ' ' + QString::number(amount)).toStdString());
+            EXPECT_EQ(Money::fromDouble(amount).toCurrencyText(locale), locale.toCurrencyString(amount, QString(), 2));
+        }
+    }
+}
+
 TEST(MoneyTest, DecimalText)
 {
     const std::tuple<const char*, qint64, bool> cases[] = {
