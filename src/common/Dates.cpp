@@ -6,9 +6,8 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 
-#include <ctime>
-
 #include <array>
+#include <ctime>
 
 namespace xv::common {
 

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <ctime>
-
 #include <tuple>
 #include <utility>
 
