@@ -4,6 +4,7 @@
 #include "common/Dates.h"
 #include "common/Money.h"
 #include "common/RuntimeError.h"
+#include "data/NativeHandle.h"
 #include "data/TypeCodes.h"
 
 #include <QAtomicInteger>
@@ -529,13 +530,7 @@ bool Database::serverClosedConnection() const
 {
     if (m_config.engine != Engine::PostgreSQL)
         return false;
-    const QSqlDriver* driver = handle().driver();
-    const QVariant native = driver ? driver->handle() : QVariant();
-    // The driver names the handle by the structure's own tag.
-    if (!native.isValid() ||
-        (qstrcmp(native.typeName(), "pg_conn*") != 0 && qstrcmp(native.typeName(), "PGconn*") != 0))
-        return false;
-    PGconn* connection = *static_cast<PGconn* const*>(native.constData());
+    PGconn* connection = postgresHandle(handle());
     if (!connection)
         return false; // closed by the program, not by the server: it stays closed
     if (PQstatus(connection) == CONNECTION_BAD)

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ReusedStatement.h"
 
+#include "NativeHandle.h"
+
 #include <QDateTime>
 #include <QLocale>
 #include <QSqlDriver>
@@ -299,32 +301,13 @@ QByteArray numberedPlaceholders(const QString& sql)
     return out.toUtf8();
 }
 
-PGconn* postgresConnection(const QSqlDatabase& db)
-{
-    const QSqlDriver* driver = db.driver();
-    const QVariant handle = driver ? driver->handle() : QVariant();
-    if (!handle.isValid() ||
-        (qstrcmp(handle.typeName(), "pg_conn*") != 0 && qstrcmp(handle.typeName(), "PGconn*") != 0))
-        return nullptr;
-    return *static_cast<PGconn* const*>(handle.constData());
-}
-
-sqlite3* sqliteConnection(const QSqlDatabase& db)
-{
-    const QSqlDriver* driver = db.driver();
-    const QVariant handle = driver ? driver->handle() : QVariant();
-    if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3*") != 0)
-        return nullptr;
-    return *static_cast<sqlite3* const*>(handle.constData());
-}
-
 } // namespace
 
 std::unique_ptr<ReusedStatement> ReusedStatement::prepare(const QSqlDatabase& db, Engine engine,
                                                           const QString& nativeSql, QSqlError& error)
 {
     if (engine == Engine::SQLite) {
-        sqlite3* connection = sqliteConnection(db);
+        sqlite3* connection = sqliteHandle(db);
         if (!connection) {
             error = QSqlError(QStringLiteral("Database non aperto"), QString(), QSqlError::ConnectionError);
             return nullptr;
@@ -341,7 +324,7 @@ std::unique_ptr<ReusedStatement> ReusedStatement::prepare(const QSqlDatabase& db
         return std::make_unique<SqliteStatement>(connection, statement);
     }
     if (engine == Engine::PostgreSQL) {
-        if (PGconn* connection = postgresConnection(db)) {
+        if (PGconn* connection = postgresHandle(db)) {
             static std::atomic<int> counter{0};
             QByteArray name = "xv_ripetuta_" + QByteArray::number(++counter);
             const std::unique_ptr<PGresult, decltype(&PQclear)> result(

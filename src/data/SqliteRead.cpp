@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "SqliteRead.h"
 
+#include "NativeHandle.h"
+
 #include <QSqlDriver>
 
 #include <sqlite3.h>
@@ -8,15 +10,6 @@
 namespace xv::data {
 
 namespace {
-
-sqlite3* connectionOf(const QSqlDatabase& db)
-{
-    const QSqlDriver* driver = db.driver();
-    const QVariant handle = driver ? driver->handle() : QVariant();
-    if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3*") != 0)
-        return nullptr;
-    return *static_cast<sqlite3* const*>(handle.constData());
-}
 
 // The driver's texts, so that the operator and the log read the same whichever way a statement ran.
 QSqlError engineError(sqlite3* connection, int code)
@@ -88,7 +81,7 @@ QVariant value(sqlite3_stmt* statement, int column)
 bool readSqliteRows(const QSqlDatabase& db, const QString& nativeSql, ReadRows& out, QSqlError& error)
 {
     out = ReadRows();
-    sqlite3* connection = connectionOf(db);
+    sqlite3* connection = sqliteHandle(db);
     if (!connection) {
         error = QSqlError(QStringLiteral("Database non aperto"), QString(), QSqlError::ConnectionError);
         return false;
