@@ -6,13 +6,13 @@
 
 #include "common/Conversions.h"
 #include "common/Dates.h"
-#include "data/Database.h"
 #include "data/Recordset.h"
 #include "host/Dialogs.h"
 #include "host/Services.h"
 #include "lines/FlexGrid.h"
 #include "lines/GridColumns.h"
 #include "orders/OrderSearch.h"
+#include "orders/OrderSelections.h"
 #include "printing/OrderChoice.h"
 
 #include <QCursor>
@@ -66,23 +66,23 @@ bool askYesNo(const QString& question)
 
 // The orders the operator chose among those of the source in a state (any state for an empty one), as the
 // lists of numbers and series; empty when none came back.
-printing::ChosenOrders chooseOrders(const QString& source, const QString& state, const QString& caption)
+orders::ChosenOrders chooseOrders(const QString& source, const QString& state, const QString& caption)
 {
     host::IListWindow& list = host::listWindow();
     bool confirmed = false;
-    if (printing::isOrderHeaderView(source))
+    if (orders::isOrderHeaderView(source))
         list.SelectFromPages(
             [state](const QString& text, int limit) { return orders::orderChoiceSql(state, text, limit); }, 1,
             caption, confirmed);
     else
-        list.SelectFromList(state.isEmpty() ? source : printing::statusChoiceSql(source, state), 1, caption,
+        list.SelectFromList(state.isEmpty() ? source : orders::statusChoiceSql(source, state), 1, caption,
                             confirmed);
     if (!confirmed)
         return {};
     data::Recordset rows = list.GetSelectedRows();
     if (rows.isEmpty())
         return {};
-    return printing::chosenOrders(rows);
+    return orders::chosenOrders(rows);
 }
 
 } // namespace
@@ -134,8 +134,7 @@ void frm_Commissioni::Documenti_StampaCControllo(const QString& fromState, const
         m_chosen = chooseOrders(m_settings.sql_Commissioni, fromState,
                                 printing::statusChoiceCaption(fromState, toState));
         if (!m_chosen.isEmpty() && askYesNo(printing::statusQuestion(toState)))
-            host::host().GetConnection().execute(
-                printing::statusChangeSql(fromState, toState, m_chosen, m_settings.tipomovimento));
+            orders::changeState(host::host(), fromState, toState, m_chosen, m_settings.tipomovimento);
     } catch (...) {
         host::host().ReportError(QStringLiteral("Documenti_StampaCControllo"), QString(), true);
     }
@@ -165,10 +164,10 @@ void frm_Commissioni::Documento_StampaCControllo(qint16 mode)
         QString sql;
         switch (scope) {
         case printing::SlipScope::OpenOrder:
-            sql = printing::slipSqlForOrder(numero, serie);
+            sql = orders::slipSqlForOrder(numero, serie);
             break;
         case printing::SlipScope::ChosenOrders:
-            sql = printing::slipSqlForChosen(m_chosen);
+            sql = orders::slipSqlForChosen(m_chosen);
             break;
         case printing::SlipScope::SelectedLine: {
             const lines::FlexGrid* g = grid();
@@ -176,7 +175,7 @@ void frm_Commissioni::Documento_StampaCControllo(qint16 mode)
             const QString rowid = row >= lines::FirstDataRow && row < g->rows()
                                       ? g->textMatrix(row, lines::Col_rowid)
                                       : QString();
-            sql = printing::slipSqlForLine(static_cast<qint64>(common::numericValue(rowid)));
+            sql = orders::slipSqlForLine(static_cast<qint64>(common::numericValue(rowid)));
             break;
         }
         }
@@ -212,7 +211,7 @@ void frm_Commissioni::Documento_StampaBigliettini()
         if (!day)
             return;
         bool confirmed = false;
-        host::listWindow().SelectFromList(printing::cardsListSql(*day), 1, QString(), confirmed);
+        host::listWindow().SelectFromList(orders::cardsListSql(*day), 1, QString(), confirmed);
     } catch (...) {
         h.ReportError(QStringLiteral("Documento_StampaBigliettini"),
                       QStringLiteral("Errore durante l'elaborazione della stampa dei bigliettini"), true);

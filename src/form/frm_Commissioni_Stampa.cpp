@@ -11,6 +11,7 @@
 #include "host/Services.h"
 #include "lines/FlexGrid.h"
 #include "lines/GridColumns.h"
+#include "orders/OrderSelections.h"
 #include "printing/Statement.h"
 
 #include <QApplication>
@@ -108,8 +109,8 @@ bool frm_Commissioni::Documento_StampaRicevutaRitiro()
             notice = output.notice();
         });
         runStep(retried, [&] {
-            printing::markOrderCollected(h, m_order.documento, m_order.datadocumento.date().year(),
-                                          m_order.numero);
+            orders::markOrderCollected(h, m_order.documento, m_order.datadocumento.date().year(),
+                                       m_order.numero);
         });
         done = true;
     } catch (...) {

@@ -1,49 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "OrderChoice.h"
 
-#include "common/Dates.h"
-#include "data/Recordset.h"
-#include "data/SqlText.h"
-
 namespace xv::printing {
-
-using data::sqlEscape;
-
-namespace {
-
-const QString kCollected = QStringLiteral("RITIRATO");
-
-const QString kSlipSelect = QStringLiteral(
-    "SELECT numero,datadocumento,Codice_med,Descrizione1,qta as quantita,note as DataRitiro,"
-    "datadal as DataRitiro1,dataal as DataRitiro2, rowid_controparti,Nominativo,codenominativo, "
-    "rowid_med & '.bmp' as fotoart FROM movimenti ");
-
-void appendQuoted(QString& list, const QString& value)
-{
-    if (!list.isEmpty())
-        list += QLatin1Char(',');
-    list += QLatin1Char('\'') + sqlEscape(value) + QLatin1Char('\'');
-}
-
-} // namespace
-
-void ChosenOrders::clear()
-{
-    numbers.clear();
-    series.clear();
-}
-
-ChosenOrders chosenOrders(data::Recordset& rows)
-{
-    ChosenOrders chosen;
-    if (rows.fieldCount() < 2)
-        return chosen;
-    for (rows.moveFirst(); !rows.eof(); rows.moveNext()) {
-        appendQuoted(chosen.numbers, data::variantText(rows.value(0)));
-        appendQuoted(chosen.series, data::variantText(rows.value(1)));
-    }
-    return chosen;
-}
 
 QString statusChoiceCaption(const QString& fromState, const QString& toState)
 {
@@ -51,35 +9,10 @@ QString statusChoiceCaption(const QString& fromState, const QString& toState)
            toState + QLatin1Char(']');
 }
 
-bool isOrderHeaderView(const QString& source)
-{
-    return source.trimmed().compare(QLatin1String("Doc_Commissioni_testate"), Qt::CaseInsensitive) == 0;
-}
-
-QString statusChoiceSql(const QString& source, const QString& fromState)
-{
-    return QStringLiteral("SELECT * FROM ") + source + QStringLiteral(" WHERE [STATO COMMISSIONE]='") +
-           sqlEscape(fromState) + QLatin1Char('\'');
-}
-
 QString statusQuestion(const QString& toState)
 {
     return QStringLiteral("Le commissioni selezionate sono state ") +
-           (toState == kCollected ? QStringLiteral("RITIRATE ?") : QStringLiteral("EMESSE ?"));
-}
-
-QString statusChangeSql(const QString& fromState, const QString& toState, const ChosenOrders& chosen,
-                        const QString& orderKind)
-{
-    const QString kind = toState == kCollected
-                             ? QStringLiteral("tipogestione='EVENTO',tipomovimento='ENTRATA',")
-                             : QStringLiteral("tipogestione='0',tipomovimento='CO',");
-    return QStringLiteral("update movimenti set ") + kind + QStringLiteral(" StatoRiga='") +
-           sqlEscape(toState) + QStringLiteral("' where StatoRiga='") + sqlEscape(fromState) +
-           QStringLiteral("' AND numero in (") + chosen.numbers + QStringLiteral(") and serie in (") +
-           chosen.series +
-           QStringLiteral(") and documento in (select tipodocumento from numeratori where codtipodoc='") +
-           sqlEscape(orderKind) + QStringLiteral("')");
+           (toState == QLatin1String("RITIRATO") ? QStringLiteral("RITIRATE ?") : QStringLiteral("EMESSE ?"));
 }
 
 SlipScope slipScope(qint16 mode)
@@ -92,23 +25,6 @@ SlipScope slipScope(qint16 mode)
     default:
         return SlipScope::SelectedLine;
     }
-}
-
-QString slipSqlForOrder(const QString& numero, const QString& serie)
-{
-    return kSlipSelect + QStringLiteral("where numero='") + sqlEscape(numero) +
-           QStringLiteral("' and serie='") + sqlEscape(serie) + QLatin1Char('\'');
-}
-
-QString slipSqlForChosen(const ChosenOrders& chosen)
-{
-    return kSlipSelect + QStringLiteral("where numero in (") + chosen.numbers +
-           QStringLiteral(") and serie in (") + chosen.series + QStringLiteral(") ORDER BY numero asc");
-}
-
-QString slipSqlForLine(qint64 rowid)
-{
-    return kSlipSelect + QStringLiteral("where rowid=") + QString::number(rowid);
 }
 
 QString slipQuestion(SlipScope scope, const QString& numero, const QString& serie)
@@ -124,15 +40,6 @@ QString slipQuestion(SlipScope scope, const QString& numero, const QString& seri
     }
     return QStringLiteral("Stampare la riga selezionata della commissione N° ") + numero + QLatin1Char('/') +
            serie + QStringLiteral(" ?");
-}
-
-QString cardsListSql(const QDate& day)
-{
-    return QStringLiteral(
-               "SELECT Nominativo as Cliente,DataRitiro,DataRitiro2,Cerimonia,DataCerimonia,"
-               "NomeFesteggiato,Note,Dicitura FROM Doc_Commissioni_testate where Biglietti<>'' and "
-               "DataComm=DateValue('") +
-           common::shortDate(day) + QStringLiteral("')");
 }
 
 } // namespace xv::printing

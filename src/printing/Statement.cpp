@@ -4,9 +4,6 @@
 #include "common/Conversions.h"
 #include "common/Money.h"
 #include "common/RuntimeError.h"
-#include "data/Database.h"
-#include "data/SqlText.h"
-#include "host/IHost.h"
 
 #include <QFontMetricsF>
 #include <QImage>
@@ -174,19 +171,6 @@ void printStatement(const Statement& statement, QPrinter& printer)
     if (!painter.end() || printer.printerState() == QPrinter::Error)
         throw common::RuntimeError(kPrinterError,
                                    QStringLiteral("La stampante non ha accettato il documento"));
-}
-
-QString collectedStatusSql(const QString& documento, int year, const QString& number)
-{
-    return QStringLiteral("update movimenti set statoriga='RITIRATO' where serie='") +
-           data::sqlEscape(QString::number(year)) + QStringLiteral("' and numero='") +
-           data::sqlEscape(number) + QStringLiteral("' and documento='") + data::sqlEscape(documento) +
-           QLatin1Char('\'');
-}
-
-void markOrderCollected(host::IHost& host, const QString& documento, int year, const QString& number)
-{
-    host.GetConnection().execute(collectedStatusSql(documento, year, number));
 }
 
 } // namespace xv::printing

@@ -12,10 +12,6 @@
 
 class QPrinter;
 
-namespace xv::host {
-class IHost;
-}
-
 namespace xv::printing {
 
 // The statement handed to the customer at pick-up, as the printer gets it: lines of a fixed-pitch font
@@ -93,11 +89,5 @@ QFont statementFont(const StatementLine& line);
 // other, each as high as its font, on as many pages as they need. Throws when the printer cannot be
 // started, or when a picture that exists cannot be read.
 void printStatement(const Statement& statement, QPrinter& printer);
-
-// Once its statement is printed, every line of the order is collected, whatever its state was: the rows of
-// the order's number in the series of its year, and no other series. Only rows of the order's own document
-// type: a delivery note that shares the number and the series is another document and keeps its state.
-QString collectedStatusSql(const QString& documento, int year, const QString& number);
-void markOrderCollected(host::IHost& host, const QString& documento, int year, const QString& number);
 
 } // namespace xv::printing

@@ -12,7 +12,7 @@
 #include "lines/FlexGrid.h"
 #include "lines/GridColumns.h"
 #include "orders/OrderSearch.h"
-#include "printing/OrderChoice.h"
+#include "orders/OrderSelections.h"
 
 #include <QLabel>
 #include <QMenu>
@@ -290,7 +290,7 @@ TEST_P(ComandeTest, TheCardsListShowsTheDaysOrdersWithCardsAndANonDateEndsSilent
             continue;
         ASSERT_EQ(lists.requests().size(), 1);
         EXPECT_EQ(lists.requests()[0].caption, "");
-        EXPECT_EQ(lists.requests()[0].sql, printing::cardsListSql(day.addDays(c.rows == 0 ? 2 : 0)));
+        EXPECT_EQ(lists.requests()[0].sql, orders::cardsListSql(day.addDays(c.rows == 0 ? 2 : 0)));
         ASSERT_EQ(shown.recordCount(), c.rows);
         if (c.rows == 1) {
             EXPECT_EQ(shown.text("Cliente"), "Greco Lucia");
