@@ -270,8 +270,7 @@ void frm_Commissioni::GET_Impostazioni()
 void frm_Commissioni::GET_Categorie()
 {
     try {
-        data::Recordset rs = host::host().OpenRecordset(
-            QStringLiteral("SELECT CODICE,categoria FROM MED WHERE CATEGORIA in ('BOMBONIERE','ASTUCCI','FAZZOLETTI')"));
+        const QVector<lines::CategoryArticle> articles = lines::readMenuArticles(host::host());
         struct Target
         {
             const char* stem;
@@ -281,15 +280,14 @@ void frm_Commissioni::GET_Categorie()
         Target targets[] = {{"BOMBONIER", m_tBomboniere.get(), 0},
                             {"ASTUCC", m_tAstucci.get(), 0},
                             {"FAZZOLET", m_tFazzoletti.get(), 0}};
-        for (; !rs.eof(); rs.moveNext()) {
-            const QString category = rs.text(QStringLiteral("categoria"));
+        for (const lines::CategoryArticle& article : articles) {
             // Three independent, case-sensitive stem tests: a category may feed more than one menu.
             for (Target& target : targets) {
-                if (!category.contains(QLatin1String(target.stem), Qt::CaseSensitive))
+                if (!article.category.contains(QLatin1String(target.stem), Qt::CaseSensitive))
                     continue;
                 if (target.counter >= target.items->count())
                     target.items->load(target.counter);
-                target.items->item(target.counter)->setText(rs.text(QStringLiteral("codice")));
+                target.items->item(target.counter)->setText(article.code);
                 ++target.counter;
             }
         }

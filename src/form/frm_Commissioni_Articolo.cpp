@@ -7,6 +7,7 @@
 #include "host/Dialogs.h"
 #include "host/Services.h"
 #include "lines/ArticleInfo.h"
+#include "lines/ArticleStore.h"
 #include "lines/FlexGrid.h"
 #include "lines/ReorderMail.h"
 
@@ -41,48 +42,49 @@ void frm_Commissioni::Informazioni_MED()
         if (code.isEmpty())
             return;
         host::IHost& h = host::host();
-        const std::optional<lines::Article> article =
-            lines::readArticle(h.OpenRecordset(lines::articleSql(code), -1, 0));
-        if (!article) {
+        lines::ArticlePanelView view;
+        view.missing = [this] {
             m_articleMissing = true;
             m_ui->lbl_MsgCodice->setVisible(true);
             m_ui->txt_qta->clear();
             m_ui->txt_descrizione->clear();
             m_ui->txt_prezzo->clear();
-        } else {
-            m_ui->txt_rowidArticolo->setText(article->rowid);
-            m_ui->txt_descrizione->setText(article->descrizione);
-            m_ui->txt_prezzo->setText(article->prezzo.toCurrencyText());
-
-            const QString agentQuery =
-                h.GetSetting(QStringLiteral("COMM"), QStringLiteral("SQL_Informazioni_MED"),
-                             lines::kDefaultAgentSql, QStringLiteral("DOCS"));
-            const data::Recordset agent = h.OpenRecordset(lines::agentSql(agentQuery, code), -1, 0);
+        };
+        std::optional<lines::Article> shown;
+        view.article = [this, &shown](const lines::Article& article) {
+            shown = article;
+            m_ui->txt_rowidArticolo->setText(article.rowid);
+            m_ui->txt_descrizione->setText(article.descrizione);
+            m_ui->txt_prezzo->setText(article.prezzo.toCurrencyText());
+        };
+        // The stock is shown once the agent is read, as it always was: a failing agent query leaves it.
+        view.agent = [this, &h, &shown](const std::optional<lines::Agent>& agent) {
             // Without a supplier on record the agent shown stays: it may still be the one to ask.
-            if (!agent.eof()) {
-                m_panel.agentName = agent.text(QStringLiteral("ragsoc"));
-                m_panel.agentEmail = agent.text(QStringLiteral("Email"));
+            if (agent) {
+                m_panel.agentName = agent->name;
+                m_panel.agentEmail = agent->email;
                 lblInfo(22)->setText(m_panel.agentName);
                 setTag(lblInfo(22), m_panel.agentEmail);
             }
-
-            m_panel.realStock = article->quantitaReale;
-            m_ui->lbl_quantita_reale->setText(article->quantitaReale);
-            setStockMarker(lblInfo(10), article->quantitaReale);
-            const bool low = lines::isStockLow(article->quantitaReale, h.GetStockThreshold());
+            m_panel.realStock = shown->quantitaReale;
+            m_ui->lbl_quantita_reale->setText(shown->quantitaReale);
+            setStockMarker(lblInfo(10), shown->quantitaReale);
+            const bool low = lines::isStockLow(shown->quantitaReale, h.GetStockThreshold());
             lblInfo(10)->setVisible(low);
             lblInfo(29)->setVisible(low);
 
-            m_ui->lbl_quantita_disponibile->setText(article->quantitaDisponibile);
-            setStockMarker(lblInfo(11), article->quantitaDisponibile);
-            m_ui->lbl_quantita_ordinata->setText(article->quantitaOrdinata);
-            m_ui->lbl_quantita_impegnata->setText(article->quantitaImpegnata);
-
-            lblInfoArt(0)->setText(lines::movementText(h.OpenRecordset(lines::lastLoadSql(code), -1, 0)));
-            lblInfoArt(1)->setText(lines::movementText(h.OpenRecordset(lines::lastSaleSql(code), -1, 0)));
+            m_ui->lbl_quantita_disponibile->setText(shown->quantitaDisponibile);
+            setStockMarker(lblInfo(11), shown->quantitaDisponibile);
+            m_ui->lbl_quantita_ordinata->setText(shown->quantitaOrdinata);
+            m_ui->lbl_quantita_impegnata->setText(shown->quantitaImpegnata);
+        };
+        view.lastLoad = [this](const QString& text) { lblInfoArt(0)->setText(text); };
+        view.lastSale = [this](const QString& text) {
+            lblInfoArt(1)->setText(text);
             setStockMarker(lblInfo(1), lblInfoArt(1)->text());
             setStockMarker(lblInfo(0), lblInfoArt(0)->text());
-        }
+        };
+        lines::readArticlePanel(h, code, view);
         if (m_ui->txt_qta->text().isEmpty())
             m_ui->txt_qta->setText(QStringLiteral("1"));
     } catch (...) {
@@ -163,11 +165,6 @@ void frm_Commissioni::InviaRiordino()
     host::Dialogs::message(result, host::Buttons::Ok, host::Icon::Information, h.GetAppTitle());
 }
 
-namespace {
-const QString kAgentsSql = QStringLiteral(
-    "select distinct ragsoc,email from controparti where tipocontroparte='A' order by ragsoc asc");
-} // namespace
-
 void frm_Commissioni::setupReorderMail()
 {
     m_mAgenti = new QMenu(this);
@@ -180,7 +177,7 @@ void frm_Commissioni::setupReorderMail()
 void frm_Commissioni::btn_SendMail_Click()
 {
     try {
-        host::host().FillMenuFromQuery(*m_tAgenti, kAgentsSql, QStringLiteral("RAGSOC"),
+        host::host().FillMenuFromQuery(*m_tAgenti, lines::agentsListSql(), QStringLiteral("RAGSOC"),
                                        QStringLiteral("EMAIL"));
         m_mAgenti->popup(QCursor::pos());
     } catch (...) {
