@@ -3,10 +3,12 @@
 
 #include "common/Money.h"
 #include "form/FormAdapters.h"
+#include "lines/ArticleStore.h"
 #include "orders/ModuleSettings.h"
 #include "orders/NewLine.h"
 #include "orders/OpenOrder.h"
 #include "orders/OrderSave.h"
+#include "orders/OrderSelections.h"
 #include "printing/OrderChoice.h"
 #include "printing/Statement.h"
 
@@ -317,7 +319,7 @@ private:
     bool m_fieldColoured = false;
     QPointer<QLineEdit> m_leftAlready;
     // The orders chosen for a change of state or for their control slips, from the choice to the end.
-    printing::ChosenOrders m_chosen;
+    orders::ChosenOrders m_chosen;
     // --- printing: the order statement
     // The phase the form was opened in, which the statement's title names.
     QString m_phase;
