@@ -3,6 +3,7 @@
 
 #include "common/RuntimeError.h"
 #include "data/Database.h"
+#include "data/OrderColumns.h"
 #include "data/SqlText.h"
 #include "data/TypeCodes.h"
 
@@ -20,79 +21,10 @@ using common::RuntimeError;
 
 namespace {
 
-enum class Kind { Key, SmallInt, Integer, Single, Double, Currency, Date, Text };
+using Kind = ColumnKind;
+using Column = ColumnSpec;
 
-struct Column
-{
-    const char* name;
-    Kind kind;
-};
-
-// The order lines: every order row repeats the whole header. The order of the columns is part of the
-// contract with the lines grid, which addresses them by position.
-const Column kMovimenti[] = {
-    {"rowid", Kind::Key},
-    {"Tipogestione", Kind::Text},
-    {"Tipomovimento", Kind::Text},
-    {"rowid_utente", Kind::Integer},
-    {"Riga", Kind::SmallInt},
-    {"rowid_testata", Kind::Integer},
-    {"rowid_deposito", Kind::Integer},
-    {"numero", Kind::Text},
-    {"documento", Kind::Text},
-    {"serie", Kind::Text},
-    {"datadocumento", Kind::Date},
-    {"datareg", Kind::Date},
-    {"Datadal", Kind::Date},
-    {"oradal", Kind::Date},
-    {"Dataal", Kind::Date},
-    {"oraal", Kind::Date},
-    {"codice_med", Kind::Text},
-    {"rowid_med", Kind::Integer},
-    {"Descrizione1", Kind::Text},
-    {"Descrizione2", Kind::Text},
-    {"rowid_controparti", Kind::Integer},
-    {"Nominativo", Kind::Text},
-    {"codenominativo", Kind::Text},
-    {"Indirizzo", Kind::Text},
-    {"Cap", Kind::Text},
-    {"comune", Kind::Text},
-    {"Spedizione", Kind::Text},
-    {"provincia", Kind::Text},
-    {"Strada", Kind::Text},
-    {"telefono", Kind::Text},
-    {"Cellulare", Kind::Text},
-    {"Email", Kind::Text},
-    {"qta", Kind::Single},
-    {"quantita", Kind::Double},
-    {"prezzo", Kind::Currency},
-    {"prezzo2", Kind::Currency},
-    {"sconto1", Kind::Single},
-    {"sconto2", Kind::Single},
-    {"codice_iva", Kind::SmallInt},
-    {"percentuale", Kind::Single},
-    {"imponibile", Kind::Currency},
-    {"imposta", Kind::Currency},
-    {"totale", Kind::Currency},
-    {"attrib00", Kind::Text},
-    {"attrib01", Kind::Text},
-    {"attrib02", Kind::Text},
-    {"attrib03", Kind::Text},
-    {"attrib04", Kind::Text},
-    {"attrib05", Kind::Date},
-    {"attrib06", Kind::Text},
-    {"attrib07", Kind::Text},
-    {"attrib08", Kind::Text},
-    {"attrib09", Kind::Text},
-    {"attrib10", Kind::Text},
-    {"StatoRiga", Kind::Text},
-    {"Tipo", Kind::Text},
-    {"note", Kind::Text},
-    {"Rowid_Pagamento", Kind::Integer},
-    {"pagamento", Kind::Text},
-    {"referente", Kind::Text},
-    {"riferimenti", Kind::Text},
-};
+const auto& kMovimenti = kMovimentiColumns;
 
 const Column kNumeratori[] = {
     {"idnumeratore", Kind::Key}, {"codtipodoc", Kind::Text}, {"tipodocumento", Kind::Text},
