@@ -7,7 +7,7 @@
 #include "RawEngine.h"
 
 #include "data/Database.h"
-#include "orders/OpenOrder.h"
+#include "orders/Order.h"
 
 #include <benchmark/benchmark.h>
 
@@ -63,7 +63,7 @@ void loadOrderByNumber(benchmark::State& state, data::Engine engine)
                 statements.push_back({sql, values});
             });
             clock.start();
-            const orders::OpenOrder order = orders::loadOrder(shop.host(), number, year);
+            const orders::Order order = orders::loadOrder(shop.host(), number, year);
             const double time = seconds(clock);
             db.setStatementLog({});
             lines = static_cast<int>(order.lines.size());

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "data/Database.h"
-#include "orders/OpenOrder.h"
+#include "orders/Order.h"
 
 #include <QString>
 #include <QVariantList>

@@ -51,7 +51,7 @@ void enterNewOrder(form::frm_Commissioni& form, const QVector<QStringList>& line
     if (form.ModeTag1() != QLatin1String("N"))
         form.NuovoAnnulla(form.tbComandiDocumento().button(1));
     form.NuovoAnnulla(form.tbComandiDocumento().button(1));
-    const orders::OpenOrder& order = form.order();
+    const orders::Order& order = form.order();
     for (QStringList cells : lines) {
         cells[lines::Col_rowid] = QStringLiteral("0");
         cells[lines::Col_numero] = order.numero;

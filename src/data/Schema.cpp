@@ -223,8 +223,18 @@ QStringList version4(Engine engine)
     };
 }
 
+// Every save of an order leaves its own identity beside the order it wrote, in the same transaction. When
+// the connection breaks during the commit the program cannot tell whether the order was stored; saving it
+// again finds that identity and does not store the order a second time under another number.
+QStringList version5(Engine engine)
+{
+    return {QStringLiteral("create table salvataggi (id %1 not null primary key, documento %1 not null, "
+                           "numero %1 not null, serie %1 not null, dal %2)")
+                .arg(sqlType(Kind::Text, engine), sqlType(Kind::Date, engine))};
+}
+
 using Migration = std::function<QStringList(Engine)>;
-const Migration kMigrations[] = {version1, version2, version3, version4};
+const Migration kMigrations[] = {version1, version2, version3, version4, version5};
 
 int typeCodeOfDeclared(const QString& declared)
 {

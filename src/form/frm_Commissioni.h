@@ -6,9 +6,10 @@
 #include "lines/ArticleStore.h"
 #include "orders/ModuleSettings.h"
 #include "orders/NewLine.h"
-#include "orders/OpenOrder.h"
+#include "orders/Order.h"
 #include "orders/OrderSave.h"
 #include "orders/OrderSelections.h"
+#include "orders/OrderSession.h"
 #include "printing/OrderChoice.h"
 #include "printing/Statement.h"
 
@@ -91,7 +92,6 @@ public:
     void Documento_TrovaNumero();
     void SetTextBoxDocumento();
     void SetTextBoxControparte();
-    const QString& currentLinesQuery() const { return m_linesQuery; }
 
     // --- checks before saving
     // True when every check passed; otherwise one message was shown and the focus is on the field named.
@@ -200,8 +200,9 @@ public:
     QRadioButton* opt_Biglietti(int index) const;
     QRadioButton* opt_Amuleto(int index) const;
 
-    // The order open on the form.
-    const orders::OpenOrder& order() const { return m_order; }
+    // The order open on the form, and the mode the form is in.
+    const orders::Order& order() const { return m_session.order(); }
+    const orders::OrderSession& session() const { return m_session; }
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -210,12 +211,14 @@ protected:
 
 private:
     void setupControls();
+    // The document toolbar's two mode Tags show the session's mode.
+    void showMode();
     void SetStatusBarUser();
     void setStatusPanel(int panel, const QString& text);
     void restorePlacement();
     void savePlacement();
     void setBackground(QWidget* widget, host::Colour colour);
-    bool showLoadedOrder(const std::function<orders::OpenOrder()>& load);
+    bool showLoadedOrder(const std::function<orders::Order()>& load);
     void showOpenOrder();
     void showAccessories();
     void setCardFields(bool ticked, int format);
@@ -270,9 +273,10 @@ private:
     std::unique_ptr<MenuItemArray> m_tFazzoletti;
 
     orders::ModuleSettings m_settings;
-    orders::OpenOrder m_order;
+    orders::OrderSession m_session;
+    // The order open, as the procedures name it.
+    orders::Order& m_order = m_session.order();
     QString m_initFlag;
-    QString m_linesQuery;
     int m_nextLinePosition = 2;
     // The line last clicked, and its kind, which lines written afterwards carry.
     qint32 m_selectedRow = 0;

@@ -56,22 +56,21 @@ void frm_Commissioni::tbComandiDocumento_ButtonClick(QAction* button)
             StateOfButtons();
             focusNewOrder();
         } else if (key == QLatin1String("MODIFY")) {
-            if (tagOf(m_documentBar.button(2)) == QLatin1String("M"))
+            if (m_session.mode() == orders::FormMode::Browse)
                 SetModificaTags();
             else
                 Documento_Salva();
             StateOfButtons();
         } else if (key == QLatin1String("DELETE")) {
             host::IHost& h = host::host();
-            const qint32 number = common::toInt32(common::numericValue(m_ui->txt_numeroCommissione->text()));
-            const QString holder =
-                h.LockRecord(static_cast<quintptr>(winId()), number, QStringLiteral("Commissioni"));
+            // The order that would be deleted is the one open, whatever number is typed in the box.
+            const orders::OrderLock lock = orders::orderLock(m_order.orderKey());
+            const QString holder = h.LockRecord(static_cast<quintptr>(winId()), lock.record, lock.table);
             // "Errore" means the lock could not be asked for at all: the delete goes ahead without it.
             if (!holder.isEmpty() && holder != QLatin1String("Errore")) {
-                host::Dialogs::message(QStringLiteral("Attenzione, il documento N° ") +
-                                           m_ui->txt_numeroCommissione->text() + QLatin1Char('\\') +
-                                           m_order.serie + QStringLiteral(" non può essere eliminato.\n") +
-                                           holder,
+                host::Dialogs::message(QStringLiteral("Attenzione, il documento N° ") + m_order.numero +
+                                           QLatin1Char('\\') + m_order.serie +
+                                           QStringLiteral(" non può essere eliminato.\n") + holder,
                                        host::Buttons::Ok, host::Icon::Information, h.GetAppTitle());
                 return; // the hourglass stays until the next command, as it always has here
             }
@@ -135,7 +134,7 @@ void frm_Commissioni::Form_KeyDown(int& keyCode, int)
         case kKeyF3:
             if (!m_documentBar.button(2)->isEnabled())
                 return;
-            if (tagOf(m_documentBar.button(2)) == QLatin1String("M"))
+            if (m_session.mode() == orders::FormMode::Browse)
                 SetModificaTags();
             else
                 Documento_Salva();
@@ -203,7 +202,8 @@ void frm_Commissioni::Form_KeyDown(int& keyCode, int)
 // A new order is typed from its customer on, so that it can be entered from the keyboard alone.
 void frm_Commissioni::focusNewOrder()
 {
-    if (ModeTag2() == QLatin1String("S") && m_ui->txt_ragsoc->isEnabled() && m_ui->txt_ragsoc->isVisible())
+    if (m_session.mode() == orders::FormMode::New && m_ui->txt_ragsoc->isEnabled() &&
+        m_ui->txt_ragsoc->isVisible())
         m_ui->txt_ragsoc->setFocus(Qt::OtherFocusReason);
 }
 

@@ -9,7 +9,6 @@
 #include "common/RuntimeError.h"
 #include "host/Dialogs.h"
 #include "host/Services.h"
-#include "data/SqlText.h"
 #include "lines/FlexGrid.h"
 #include "orders/OrderSearch.h"
 
@@ -17,8 +16,6 @@
 #include <QLabel>
 
 namespace xv::form {
-
-using data::Recordset;
 
 namespace {
 constexpr host::Colour kWhite = 0xFFFFFF;
@@ -36,18 +33,15 @@ bool frm_Commissioni::Flex_CaricaDocumento(const orders::OrderKey& key)
     return showLoadedOrder([&key] { return orders::loadOrder(host::host(), key); });
 }
 
-bool frm_Commissioni::showLoadedOrder(const std::function<orders::OpenOrder()>& load)
+bool frm_Commissioni::showLoadedOrder(const std::function<orders::Order()>& load)
 {
     try {
         ClearTextBoxes();
         Flex_Init();
         // A load that fails leaves the form and the open order empty alike.
-        m_order = orders::OpenOrder();
-        m_linesQuery.clear();
+        m_session.show(orders::Order());
         showAccessories();
-        m_order = load();
-        if (!m_order.lines.isEmpty())
-            m_linesQuery = orders::orderLinesSql(m_order.orderKey());
+        m_session.show(load());
         showOpenOrder();
         return true;
     } catch (...) {
@@ -60,7 +54,7 @@ bool frm_Commissioni::showLoadedOrder(const std::function<orders::OpenOrder()>& 
 // An order that was not found shows as the cleared form it leaves.
 void frm_Commissioni::showOpenOrder()
 {
-    const orders::OpenOrder& o = m_order;
+    const orders::Order& o = m_order;
     if (!o.lines.isEmpty()) {
         m_ui->txt_numeroCommissione->setText(o.numero);
         m_ui->txt_dataReg->setText(common::shortDate(o.datadocumento.date()));
@@ -72,6 +66,8 @@ void frm_Commissioni::showOpenOrder()
         m_ui->txt_Acconto->setText(o.acconto.toCurrencyText());
         m_ui->txt_Totale->setText(o.totale.toCurrencyText());
         m_ui->txt_Riferimenti->setText(o.riferimenti);
+        m_ui->txt_frase->setText(o.frase);
+        m_ui->txt_note->setText(o.noteBiglietti);
         showCustomer();
     }
     showAccessories();
@@ -188,17 +184,14 @@ void frm_Commissioni::SetTextBoxControparte()
 
     c.key = 0;
     if (!c.nominativo.isEmpty() && m_settings.checkControparti) {
-        const auto row = host::listWindow().PickRow(
-            QStringLiteral("Clienti"),
-            QStringLiteral("select rowid, ragsoc, comune, telefono, email from controparti where ragsoc like '") +
-                data::sqlEscape(c.nominativo) + QStringLiteral("%' order by ragsoc"));
+        const auto row =
+            host::listWindow().PickRow(QStringLiteral("Clienti"), orders::customersNamedSql(c.nominativo));
         if (row && !row->isEmpty())
             c.key = common::toInt32(common::numericValue(row->first().toString()));
     }
     // A known customer replaces the walk-in values whole: street and shipping stay empty as above.
-    const Recordset known = h.OpenRecordset(orders::customerSql(c.key));
-    if (!known.eof())
-        c = orders::readCounterpart(known);
+    if (const std::optional<orders::Customer> known = orders::findCustomer(h, c.key))
+        c = *known;
     m_order.customer = c;
     showCustomer();
     m_ui->txt_ragsoc->setToolTip(c.addressTip());

@@ -23,12 +23,18 @@ constexpr host::Colour kWhite = 0xFFFFFF;
 
 QString frm_Commissioni::ModeTag1() const
 {
-    return tagOf(m_documentBar.button(1));
+    return m_session.modeTag1();
 }
 
 QString frm_Commissioni::ModeTag2() const
 {
-    return tagOf(m_documentBar.button(2));
+    return m_session.modeTag2();
+}
+
+void frm_Commissioni::showMode()
+{
+    setTag(m_documentBar.button(1), m_session.modeTag1());
+    setTag(m_documentBar.button(2), m_session.modeTag2());
 }
 
 qint64 frm_Commissioni::LineCount() const
@@ -40,7 +46,7 @@ void frm_Commissioni::StateOfButtons()
 {
     try {
         host::IHost& h = host::host();
-        const orders::CommandState s = orders::commandState(ModeTag1(), ModeTag2(), LineCount());
+        const orders::CommandState s = m_session.commands(LineCount());
         for (int index : {1, 2, 3})
             m_linesBar.button(index)->setEnabled(s.linesAdd);
         m_linesBar.button(5)->setEnabled(s.linesReset);
@@ -81,13 +87,12 @@ void frm_Commissioni::StateOfButtons()
 void frm_Commissioni::NuovoAnnulla(QAction* button)
 {
     try {
+        // The button is the mode's own: what it does follows the mode it shows.
+        Q_UNUSED(button);
         ClearTextBoxes();
         Flex_Init();
-        // Nothing of the order shown before carries into the next one: key, number, customer, state.
-        m_order = orders::OpenOrder();
+        const bool starting = m_session.newOrCancel();
         showAccessories();
-        const QString tag = tagOf(button);
-        const bool starting = tag == QLatin1String("N");
         m_ui->fra_Main->setEnabled(starting);
         m_ui->txt_numeroCommissione->setEnabled(!starting);
         if (starting) {
@@ -98,15 +103,13 @@ void frm_Commissioni::NuovoAnnulla(QAction* button)
             SetTextBoxDocumento();
             m_ui->lbl_Riga->setText(QStringLiteral("1"));
             m_nextLinePosition = 2;
-            setTag(m_documentBar.button(1), QStringLiteral("X"));
-            setTag(m_documentBar.button(2), QStringLiteral("S"));
         } else {
             if (!host::host().ReleaseRecordLock(static_cast<quintptr>(winId())))
-                host::Dialogs::message(QStringLiteral("Errori rilevati durante l'eliminazione del record bloccato!"),
-                                       host::Buttons::Ok, host::Icon::Exclamation, host::host().GetAppTitle());
-            setTag(m_documentBar.button(1), QStringLiteral("N"));
-            setTag(m_documentBar.button(2), QStringLiteral("M"));
+                host::Dialogs::message(
+                    QStringLiteral("Errori rilevati durante l'eliminazione del record bloccato!"),
+                    host::Buttons::Ok, host::Icon::Exclamation, host::host().GetAppTitle());
         }
+        showMode();
         m_rowidMed = 0;
         m_lineTipo.clear();
         const bool mainEnabled = m_ui->fra_Main->isEnabled();
@@ -120,8 +123,8 @@ void frm_Commissioni::NuovoAnnulla(QAction* button)
 
 void frm_Commissioni::SetModificaTags()
 {
-    setTag(m_documentBar.button(1), QStringLiteral("X"));
-    setTag(m_documentBar.button(2), QStringLiteral("A"));
+    m_session.beginChanges();
+    showMode();
 }
 
 void frm_Commissioni::ClearTextBoxes()

@@ -35,13 +35,11 @@ void frm_Commissioni::Flex_Init()
 {
     try {
         FlexGrid* g = grid();
-        data::Recordset columns = host::host().OpenSchema(4, QStringLiteral("movimenti"));
-        layOutOrderLines(*g, columns.recordCount());
-        columns.moveFirst();
-        for (qint16 i = 0; i <= columns.recordCount() - 1; ++i) {
-            g->setTextMatrix(0, i, columns.text(QStringLiteral("Column")));
-            g->setTextMatrix(1, i, columns.text(QStringLiteral("Type")));
-            columns.moveNext();
+        const orders::LineColumns columns = orders::lineColumns(host::host());
+        layOutOrderLines(*g, static_cast<int>(columns.names.size()));
+        for (int i = 0; i < columns.names.size(); ++i) {
+            g->setTextMatrix(0, i, columns.names[i]);
+            g->setTextMatrix(1, i, QString::number(columns.typeCodes[i]));
         }
         showOrderLineColumns(*g);
     } catch (...) {
@@ -107,7 +105,8 @@ orders::LineEntry frm_Commissioni::lineEntry() const
     e.tipoEvento = m_ui->txt_tipoEvento->text();
     e.dataEvento = m_ui->txt_dataEvento->text();
     e.soggettiEvento = m_ui->txt_soggettiEvento->text();
-    e.bigliettiTag = tagOf(m_ui->chk_Biglietti);
+    // The Tag keeps the last format chosen after the box is unticked: only a ticked box asks for cards.
+    e.bigliettiTag = m_ui->chk_Biglietti->isChecked() ? tagOf(m_ui->chk_Biglietti) : QString();
     e.amuletoTag = tagOf(lblInfo(6));
     e.confetti = m_ui->txt_confetti->text();
     e.mandorla = m_ui->txt_mandorla->text();
@@ -260,32 +259,18 @@ void frm_Commissioni::copyLineBack(int row)
     const auto cell = [g, row](int col) { return g->textMatrix(row, col); };
     const auto number = [&cell](int col) { return common::toInt32(common::numericValue(cell(col))); };
 
+    // Which order this is (type, number, series) stays the open order's own: a line never renames it.
     m_rowidMed = number(Col_rowid);
     m_order.tipogestione = cell(Col_Tipogestione);
     m_order.tipomovimento = cell(Col_Tipomovimento);
-    m_order.numero = cell(Col_numero);
-    m_order.documento = cell(Col_documento);
-    m_order.serie = cell(Col_serie);
     const QString documentDate = cell(Col_datadocumento);
     const auto when = common::parseDateTime(documentDate);
     if (!when && !documentDate.isEmpty())
         throw common::RuntimeError::typeMismatch(documentDate);
     m_order.datadocumento = when.value_or(QDateTime());
-    orders::Customer& c = m_order.customer;
-    c.key = number(Col_rowid_controparti);
-    c.nominativo = cell(Col_Nominativo);
-    c.codenominativo = cell(Col_codenominativo);
-    c.indirizzo = cell(Col_Indirizzo);
-    c.cap = cell(Col_Cap);
-    c.comune = cell(Col_comune);
-    c.spedizione = cell(Col_Spedizione);
-    c.provincia = cell(Col_provincia);
-    c.strada = cell(Col_Strada);
-    c.telefono = cell(Col_telefono);
-    c.cellulare = cell(Col_Cellulare);
-    c.email = cell(Col_Email);
+    m_order.customer = orders::customerOfCells(g->rowTexts(row));
     m_lineTipo = cell(Col_Tipo);
-    c.rowidPagamento = cell(Col_Rowid_Pagamento);
+    m_order.customer.rowidPagamento = cell(Col_Rowid_Pagamento);
     m_order.riferimenti = cell(Col_riferimenti);
 
     m_ui->lbl_Riga->setText(cell(Col_Riga));

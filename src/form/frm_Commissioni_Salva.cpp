@@ -143,23 +143,23 @@ void frm_Commissioni::putGridLines(const QVector<QStringList>& lines, std::initi
 
 void frm_Commissioni::Documento_CopiaTestata()
 {
-    orders::Customer& c = m_order.customer;
-    c.telefono = m_ui->txt_telefono->text();
-    c.cellulare = m_ui->txt_cellulare->text();
-    c.email = m_ui->txt_email->text();
-
-    orders::HeaderValues header;
-    header.customer = c;
-    header.dataRitiro1 = m_ui->txt_dataRitiro1->text();
-    header.dataRitiro2 = m_ui->txt_dataRitiro2->text();
-    header.tipoEvento = m_ui->txt_tipoEvento->text();
-    header.dataEvento = m_ui->txt_dataEvento->text();
-    header.soggettiEvento = m_ui->txt_soggettiEvento->text();
-    header.riferimenti = m_ui->txt_Riferimenti->text();
-    header.statoRiga = m_order.key == 0 ? QString() : m_order.statoRiga;
+    // The header as it stands on screen becomes the order's, which every line then repeats. The card
+    // format is the order's already: the box and the options keep it as they are clicked.
+    orders::Order& o = m_order;
+    o.customer.telefono = m_ui->txt_telefono->text();
+    o.customer.cellulare = m_ui->txt_cellulare->text();
+    o.customer.email = m_ui->txt_email->text();
+    o.datadal = m_ui->txt_dataRitiro1->text();
+    o.dataal = m_ui->txt_dataRitiro2->text();
+    o.tipoEvento = m_ui->txt_tipoEvento->text();
+    o.dataEvento = m_ui->txt_dataEvento->text();
+    o.soggettiEvento = m_ui->txt_soggettiEvento->text();
+    o.riferimenti = m_ui->txt_Riferimenti->text();
+    o.frase = m_ui->txt_frase->text();
+    o.noteBiglietti = m_ui->txt_note->text();
 
     QVector<QStringList> lines = gridRows().lines;
-    orders::copyHeader(lines, header, QDateTime::currentDateTime());
+    orders::copyHeader(lines, o, QDateTime::currentDateTime());
     using namespace lines;
     putGridLines(lines, {Col_datareg,    Col_Datadal,        Col_oradal,
                          Col_Dataal,     Col_oraal,          Col_rowid_controparti,
@@ -168,7 +168,8 @@ void frm_Commissioni::Documento_CopiaTestata()
                          Col_provincia,  Col_Strada,         Col_telefono,
                          Col_Cellulare,  Col_Email,          Col_attrib04,
                          Col_attrib05,   Col_attrib06,       Col_riferimenti,
-                         Col_StatoRiga});
+                         Col_StatoRiga,  Col_attrib00,       Col_attrib07,
+                         Col_attrib08});
 }
 
 bool frm_Commissioni::SalvaAggiornaElimina(const QString& mode)
@@ -185,7 +186,8 @@ bool frm_Commissioni::SalvaAggiornaElimina(const QString& mode)
         write.idnumeratore = m_order.idnumeratore;
         write.acconto = fieldAmount(m_ui->txt_Acconto);
         write.totale = fieldAmount(m_ui->txt_Totale);
-        const bool isNew = orders::gridOrderKey(write.grid) == 0;
+        write.saveId = m_order.saveId;
+        const bool isNew = *writeMode == orders::WriteMode::Save;
         const QString proposed = write.key.numero;
 
         const QString title = h.GetAppTitle();
@@ -200,6 +202,9 @@ bool frm_Commissioni::SalvaAggiornaElimina(const QString& mode)
         putGridLines(write.grid.lines, {lines::Col_prezzo2, lines::Col_imposta, lines::Col_numero});
         if (!result.done)
             return false;
+        // The order is read back under the number it was stored with. Until then it stays new here, and
+        // its save identity finds what was stored should the same save be made again.
+        m_order.numero = result.numero;
 
         QString message;
         if (*writeMode == orders::WriteMode::Delete) {
@@ -209,7 +214,6 @@ bool frm_Commissioni::SalvaAggiornaElimina(const QString& mode)
             message = QStringLiteral("Salvataggio eseguito correttamente!");
             if (result.renumbered) {
                 // The operator must know the number the customer's order now has.
-                m_order.numero = result.numero;
                 m_ui->txt_numeroCommissione->setText(result.numero);
                 message += QStringLiteral("\n\nIl N° %1 era già stato usato da un'altra postazione: la "
                                           "commissione è stata salvata con il N° %2\\%3.")
@@ -219,8 +223,8 @@ bool frm_Commissioni::SalvaAggiornaElimina(const QString& mode)
             message = QStringLiteral("Aggiornamento del documento ") + shownKey +
                       QStringLiteral(" eseguito correttamente!");
         }
-        setTag(m_documentBar.button(1), QStringLiteral("N"));
-        setTag(m_documentBar.button(2), QStringLiteral("M"));
+        m_session.written();
+        showMode();
         host::Dialogs::message(message, host::Buttons::Ok, host::Icon::Information, title);
         return true;
     } catch (...) {
@@ -244,8 +248,9 @@ bool frm_Commissioni::finishHeaderField()
 bool frm_Commissioni::textsCanBeSaved()
 {
     QVector<orders::FieldText> header;
-    for (QLineEdit* box : {m_ui->txt_ragsoc, m_ui->txt_telefono, m_ui->txt_cellulare, m_ui->txt_email,
-                           m_ui->txt_tipoEvento, m_ui->txt_soggettiEvento, m_ui->txt_Riferimenti}) {
+    for (QLineEdit* box :
+         {m_ui->txt_ragsoc, m_ui->txt_telefono, m_ui->txt_cellulare, m_ui->txt_email, m_ui->txt_tipoEvento,
+          m_ui->txt_soggettiEvento, m_ui->txt_Riferimenti, m_ui->txt_frase, m_ui->txt_note}) {
         // The field is named by the caption the operator reads beside it.
         const QLabel* label = findChild<QLabel*>(QStringLiteral("lbl_") + box->objectName().mid(4));
         const QString caption = label ? label->text().remove(QLatin1Char('&')) : box->objectName();
@@ -273,10 +278,10 @@ bool frm_Commissioni::Documento_Salva()
     try {
         if (!finishHeaderField() || !CheckPreSalvataggio() || !textsCanBeSaved())
             return false;
-        const bool isNew = m_order.key == 0;
+        const bool isNew = m_order.isNew();
         const QString question = (isNew ? QStringLiteral("Salvare") : QStringLiteral("Aggiornare")) +
-                                 QStringLiteral(" la commissione N° ") + m_ui->txt_numeroCommissione->text() +
-                                 QLatin1Char('\\') + m_order.serie + QStringLiteral(" ?");
+                                 QStringLiteral(" la commissione N° ") + m_order.numero + QLatin1Char('\\') +
+                                 m_order.serie + QStringLiteral(" ?");
         if (host::Dialogs::message(question, host::Buttons::YesNo, host::Icon::Question, h.GetAppTitle()) !=
             host::Answer::Yes)
             return false;

@@ -6,6 +6,7 @@
 #include "common/Money.h"
 #include "lines/GridColumns.h"
 #include "lines/Totals.h"
+#include "orders/OrderSave.h"
 
 namespace xv::orders {
 
@@ -32,7 +33,7 @@ QString decimalText(double value)
     return QString::number(value, 'g', 15);
 }
 
-QStringList newLineCells(const LineEntry& entry, const OpenOrder& order, const ModuleSettings& settings,
+QStringList newLineCells(const LineEntry& entry, const Order& order, const ModuleSettings& settings,
                          const LineContext& context)
 {
     using namespace lines;
@@ -76,7 +77,7 @@ QStringList newLineCells(const LineEntry& entry, const OpenOrder& order, const M
     cells[Col_imposta] = amounts.imposta;
     cells[Col_totale] = amounts.totale;
 
-    cells[Col_attrib00] = numericText(entry.bigliettiTag);
+    cells[Col_attrib00] = bigliettiCell(entry.bigliettiTag);
     cells[Col_attrib01] = numericText(entry.amuletoTag);
     cells[Col_attrib02] = numericText(entry.confetti);
     cells[Col_attrib03] = numericText(entry.mandorla);

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "orders/ModuleSettings.h"
-#include "orders/OpenOrder.h"
+#include "orders/Order.h"
 
 #include <QDateTime>
 #include <QString>
@@ -31,7 +31,8 @@ struct LineEntry
     QString tipoEvento;
     QString dataEvento;
     QString soggettiEvento;
-    // The accessories: the Tags of the card box and of the amulet options, and the three quantities.
+    // The accessories: the card format (empty when no cards are wanted), the Tag of the amulet options,
+    // and the three quantities.
     QString bigliettiTag;
     QString amuletoTag;
     QString confetti;
@@ -52,7 +53,7 @@ struct LineContext
 
 // The 61 cells of a new line, with its amounts: taxable amount and total equal to the line amount, the
 // tax beside them. Throws when the price, the deposit or the line amount is not an amount.
-QStringList newLineCells(const LineEntry& entry, const OpenOrder& order, const ModuleSettings& settings,
+QStringList newLineCells(const LineEntry& entry, const Order& order, const ModuleSettings& settings,
                          const LineContext& context);
 
 // A number as a cell holds it: plain decimal text with a '.' point, as the numeric reading takes it back.

@@ -20,30 +20,68 @@ QString customerSql(qint32 key)
     return QStringLiteral("Select * from controparti where rowid=") + QString::number(key);
 }
 
+QString customersNamedSql(const QString& typedName)
+{
+    return QStringLiteral(
+               "select rowid, ragsoc, comune, telefono, email from controparti where ragsoc like '") +
+           data::sqlEscape(typedName) + QStringLiteral("%' order by ragsoc");
+}
+
+std::optional<Customer> findCustomer(host::IHost& host, qint32 key)
+{
+    const Recordset known = host.OpenRecordset(customerSql(key));
+    if (known.eof())
+        return std::nullopt;
+    return readCounterpart(known);
+}
+
 namespace {
 
-QString textOrEmpty(const Recordset& rs, const QString& field)
+// The customer's columns in an order's rows, and the fields that hold them: every mapping of the customer
+// between rows, lines and the order reads this one list. A null reads back as empty only where a stored
+// order may leave the column empty.
+struct CustomerColumn
 {
-    return rs.text(field);
+    lines::Col col;
+    QString Customer::*field;
+    bool nullable;
+};
+
+const CustomerColumn kCustomerColumns[] = {
+    {lines::Col_Nominativo, &Customer::nominativo, false},
+    {lines::Col_codenominativo, &Customer::codenominativo, false},
+    {lines::Col_Indirizzo, &Customer::indirizzo, false},
+    {lines::Col_Cap, &Customer::cap, false},
+    {lines::Col_comune, &Customer::comune, false},
+    {lines::Col_Spedizione, &Customer::spedizione, false},
+    {lines::Col_provincia, &Customer::provincia, false},
+    {lines::Col_Strada, &Customer::strada, true},
+    {lines::Col_telefono, &Customer::telefono, false},
+    {lines::Col_Cellulare, &Customer::cellulare, true},
+    {lines::Col_Email, &Customer::email, true},
+};
+
+QString columnName(lines::Col col)
+{
+    return QString::fromLatin1(data::kMovimentiColumns[col].name);
 }
 
 } // namespace
 
 void putCustomer(QStringList& cells, const Customer& c)
 {
-    using namespace lines;
-    cells[Col_rowid_controparti] = QString::number(c.key);
-    cells[Col_Nominativo] = c.nominativo;
-    cells[Col_codenominativo] = c.codenominativo;
-    cells[Col_Indirizzo] = c.indirizzo;
-    cells[Col_Cap] = c.cap;
-    cells[Col_comune] = c.comune;
-    cells[Col_Spedizione] = c.spedizione;
-    cells[Col_provincia] = c.provincia;
-    cells[Col_Strada] = c.strada;
-    cells[Col_telefono] = c.telefono;
-    cells[Col_Cellulare] = c.cellulare;
-    cells[Col_Email] = c.email;
+    cells[lines::Col_rowid_controparti] = QString::number(c.key);
+    for (const CustomerColumn& column : kCustomerColumns)
+        cells[column.col] = c.*column.field;
+}
+
+Customer customerOfCells(const QStringList& cells)
+{
+    Customer c;
+    c.key = common::toInt32(common::numericValue(cells.value(lines::Col_rowid_controparti)));
+    for (const CustomerColumn& column : kCustomerColumns)
+        c.*column.field = cells.value(column.col);
+    return c;
 }
 
 QString Customer::addressTip() const
@@ -55,18 +93,11 @@ QString Customer::addressTip() const
 Customer readOrderCustomer(const Recordset& rs)
 {
     Customer c;
-    c.key = common::toInt32(common::numericValue(requiredText(rs, QStringLiteral("rowid_controparti"))));
-    c.nominativo = requiredText(rs, QStringLiteral("Nominativo"));
-    c.codenominativo = requiredText(rs, QStringLiteral("codenominativo"));
-    c.indirizzo = requiredText(rs, QStringLiteral("Indirizzo"));
-    c.cap = requiredText(rs, QStringLiteral("Cap"));
-    c.comune = requiredText(rs, QStringLiteral("comune"));
-    c.spedizione = requiredText(rs, QStringLiteral("Spedizione"));
-    c.provincia = requiredText(rs, QStringLiteral("provincia"));
-    c.strada = textOrEmpty(rs, QStringLiteral("Strada"));
-    c.telefono = requiredText(rs, QStringLiteral("telefono"));
-    c.cellulare = textOrEmpty(rs, QStringLiteral("Cellulare"));
-    c.email = textOrEmpty(rs, QStringLiteral("Email"));
+    c.key = common::toInt32(common::numericValue(requiredText(rs, columnName(lines::Col_rowid_controparti))));
+    for (const CustomerColumn& column : kCustomerColumns) {
+        const QString name = columnName(column.col);
+        c.*column.field = column.nullable ? rs.text(name) : requiredText(rs, name);
+    }
     return c;
 }
 

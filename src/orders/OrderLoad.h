@@ -22,6 +22,8 @@ namespace xv::orders {
 
 // The customer with this key in controparti.
 QString customerSql(qint32 key);
+// The known customers whose name starts with the typed one, for the operator to pick from.
+QString customersNamedSql(const QString& typedName);
 
 // The customer fields of an order or of a new order.
 struct Customer
@@ -48,8 +50,12 @@ struct Customer
 Customer readOrderCustomer(const data::Recordset& rs);
 // The customer of controparti's current row (nulls read as empty).
 Customer readCounterpart(const data::Recordset& rs);
+// The known customer with this key; nothing when there is none.
+std::optional<Customer> findCustomer(host::IHost& host, qint32 key);
 // Writes the customer into a line's cells (rowid_controparti to Email), as every line of an order repeats it.
 void putCustomer(QStringList& cells, const Customer& customer);
+// The customer a line's cells carry (rowid_controparti to Email).
+Customer customerOfCells(const QStringList& cells);
 
 // The number a new order is proposed, from the counter of its document type and year.
 struct NumberProposal

@@ -7,10 +7,14 @@
 #include "data/Database.h"
 #include "data/Recordset.h"
 #include "data/SqlText.h"
+#include "data/TypeCodes.h"
 #include "lines/GridColumns.h"
 #include "orders/OrderCells.h"
 
+#include <QSet>
 #include <QSqlQuery>
+
+#include <algorithm>
 
 namespace xv::orders {
 
@@ -79,24 +83,76 @@ QString freeNumber(data::Database& db, const OrderWrite& order)
     return candidate.numero;
 }
 
+bool isCollected(const GridRows& grid, const QStringList& cells)
+{
+    static const QString state = QStringLiteral("StatoRiga");
+    return cells.value(columnNamed(grid, state)).toUpper() == QLatin1String("RITIRATO");
+}
+
+qint32 articleOf(const GridRows& grid, const QStringList& cells)
+{
+    return common::toInt32(common::numericValue(cells.value(columnNamed(grid, QStringLiteral("rowid_med")))));
+}
+
+// A collected line whose article has left the catalogue would change no stock, silently: the save stops
+// before anything is written, naming the article, as a look-up of the article would have.
+void requireArticles(data::Database& db, const GridRows& grid)
+{
+    QSet<qint32> wanted;
+    for (const QStringList& cells : grid.lines) {
+        if (isCollected(grid, cells))
+            wanted.insert(articleOf(grid, cells));
+    }
+    if (wanted.isEmpty())
+        return;
+    QList<qint32> keys(wanted.cbegin(), wanted.cend());
+    std::sort(keys.begin(), keys.end());
+    QSqlQuery query = db.execute(existingArticlesSql(keys));
+    while (query.next())
+        wanted.remove(common::toInt32(query.value(0).toDouble()));
+    if (!wanted.isEmpty())
+        throw RuntimeError(
+            ErrorNumber::NoCurrentRecord,
+            QStringLiteral("Articolo inesistente (rowid %1): impossibile aggiornare la giacenza")
+                .arg(*std::min_element(wanted.cbegin(), wanted.cend())));
+}
+
 // Only collected lines move stock: a new order takes what it collects out of both stock columns, an order
 // saved again puts its lines back in, on every save.
-void adjustStock(data::Database& db, const GridRows& grid, const QStringList& cells, qint32 orderKey)
+void adjustStock(data::Database& db, const GridRows& grid, const QStringList& cells, bool newOrder)
 {
-    const auto cell = [&](const QString& name) { return cells.value(columnNamed(grid, name)); };
-    if (cell(QStringLiteral("StatoRiga")).toUpper() != QLatin1String("RITIRATO"))
+    if (!isCollected(grid, cells))
         return;
-    const qint32 article = common::toInt32(common::numericValue(cell(QStringLiteral("rowid_med"))));
-    double quantity = common::numericValue(cell(QStringLiteral("qta")));
-    if (orderKey != 0)
+    double quantity = common::numericValue(cells.value(columnNamed(grid, QStringLiteral("qta"))));
+    if (!newOrder)
         quantity = static_cast<float>(quantity); // the quantity as the row just stored keeps it
-    const double change = orderKey == 0 ? -quantity : quantity;
+    const double change = newOrder ? -quantity : quantity;
     db.executeReused(QStringLiteral("update med set quantita_reale=quantita_reale+?, "
                                     "quantita_disponibile=quantita_disponibile+? where rowid=?"),
-                     {change, change, article});
+                     {change, change, articleOf(grid, cells)});
+}
+
+const QString kFindSave = QStringLiteral("select documento, numero, serie from salvataggi where id = ?");
+const QString kKeepSave =
+    QStringLiteral("insert into salvataggi (id, documento, numero, serie, dal) values (?, ?, ?, ?, ?)");
+
+// The order an earlier attempt of this save stored, when its commit went through after all.
+std::optional<OrderKey> earlierSave(data::Database& db, const QString& saveId)
+{
+    if (saveId.isEmpty())
+        return std::nullopt;
+    QSqlQuery query = db.executeBound(kFindSave, {saveId});
+    if (!query.next())
+        return std::nullopt;
+    return OrderKey{query.value(0).toString(), query.value(1).toString(), query.value(2).toString()};
 }
 
 } // namespace
+
+QString bigliettiCell(const QString& format)
+{
+    return format.isEmpty() ? QString() : QString::number(common::numericValue(format), 'g', 15);
+}
 
 std::optional<WriteMode> writeModeFromLetter(const QString& letter)
 {
@@ -109,15 +165,16 @@ std::optional<WriteMode> writeModeFromLetter(const QString& letter)
     return std::nullopt;
 }
 
-void copyHeader(QVector<QStringList>& lines, const HeaderValues& header, const QDateTime& now)
+void copyHeader(QVector<QStringList>& lines, const Order& header, const QDateTime& now)
 {
     const Customer& c = header.customer;
     const QString written = common::shortDateTime(now);
     const QString time = now.time().toString(QStringLiteral("HH:mm:ss"));
-    const QString state = header.statoRiga.isEmpty() ? QStringLiteral("EMESSO") : header.statoRiga;
+    const QString state =
+        header.isNew() || header.statoRiga.isEmpty() ? QStringLiteral("EMESSO") : header.statoRiga;
     // The same for every line: read once, not once a line.
-    const QString dataRitiro1 = asDate(header.dataRitiro1);
-    const QString dataRitiro2 = asDate(header.dataRitiro2);
+    const QString dataRitiro1 = asDate(header.datadal);
+    const QString dataRitiro2 = asDate(header.dataal);
     const QString dataEvento = asDate(header.dataEvento);
     for (QStringList& cells : lines) {
         while (cells.size() < ColCount)
@@ -133,6 +190,9 @@ void copyHeader(QVector<QStringList>& lines, const HeaderValues& header, const Q
         cells[Col_attrib06] = header.soggettiEvento;
         cells[Col_riferimenti] = header.riferimenti;
         cells[Col_StatoRiga] = state;
+        cells[Col_attrib00] = bigliettiCell(header.biglietti);
+        cells[Col_attrib07] = header.noteBiglietti;
+        cells[Col_attrib08] = header.frase;
     }
 }
 
@@ -158,11 +218,13 @@ QString orderExistsSql(const OrderKey& key)
     return QStringLiteral("select rowid from movimenti where ") + orderKeyCondition(key);
 }
 
-qint32 gridOrderKey(const GridRows& grid)
+QString existingArticlesSql(const QList<qint32>& keys)
 {
-    if (grid.lines.isEmpty())
-        return 0;
-    return common::toInt32(common::numericValue(grid.lines.first().value(Col_rowid)));
+    QStringList numbers;
+    for (qint32 key : keys)
+        numbers << QString::number(key);
+    return QStringLiteral("select rowid from med where rowid in (") + numbers.join(QLatin1Char(',')) +
+           QLatin1Char(')');
 }
 
 WriteResult writeOrder(data::Database& db, WriteMode mode, OrderWrite& order,
@@ -171,10 +233,20 @@ WriteResult writeOrder(data::Database& db, WriteMode mode, OrderWrite& order,
     WriteResult result;
     result.numero = order.key.numero;
     data::Transaction transaction(db);
-    const qint32 orderKey = gridOrderKey(order.grid);
+    if (mode != WriteMode::Delete) {
+        if (const std::optional<OrderKey> stored = earlierSave(db, order.saveId)) {
+            result.done = result.repeated = true;
+            result.numero = stored->numero;
+            result.renumbered = stored->numero != order.key.numero;
+            order.key = *stored;
+            return result;
+        }
+        requireArticles(db, order.grid);
+    }
+    const bool newOrder = mode == WriteMode::Save;
     data::Recordset movimenti = data::Recordset::openTable(db, QStringLiteral("movimenti"));
 
-    if (orderKey == 0)
+    if (newOrder)
         db.execute(advanceCounterSql(order.idnumeratore));
 
     // A new order has no rows of its own yet: rows under its number belong to an order another
@@ -207,13 +279,16 @@ WriteResult writeOrder(data::Database& db, WriteMode mode, OrderWrite& order,
         movimenti.addNew();
         writeCells(movimenti, order.grid.names, fields, order.grid.typeCodes, cells, now);
         movimenti.update();
-        adjustStock(db, order.grid, cells, orderKey);
+        adjustStock(db, order.grid, cells, newOrder);
     }
 
     if (mode == WriteMode::Delete) {
         if (!confirmDelete || !confirmDelete())
             return result; // the transaction rolls back: the rows removed above come back
         db.execute(removeOrderSql(order.key));
+    } else if (!order.saveId.isEmpty()) {
+        db.executeBound(kKeepSave, {order.saveId, order.key.documento, result.numero, order.key.serie,
+                                    db.toStorage(now, data::TypeCode::Date)});
     }
     transaction.commit();
     if (result.renumbered)

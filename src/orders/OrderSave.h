@@ -2,7 +2,7 @@
 #pragma once
 
 #include "common/Money.h"
-#include "orders/OpenOrder.h"
+#include "orders/Order.h"
 
 #include <QDateTime>
 #include <QString>
@@ -36,22 +36,12 @@ struct GridRows
     QVector<QStringList> lines;
 };
 
-// The header values every line repeats, as the form holds them when the order is saved.
-struct HeaderValues
-{
-    Customer customer;
-    QString dataRitiro1;
-    QString dataRitiro2;
-    QString tipoEvento;
-    QString dataEvento;
-    QString soggettiEvento;
-    QString riferimenti;
-    QString statoRiga; // empty for an order never saved
-};
-
-// Writes the header into every line: customer, the moment of writing, pick-up and ceremony dates as dates,
-// references and the order's state ("EMESSO" for a new order).
-void copyHeader(QVector<QStringList>& lines, const HeaderValues& header, const QDateTime& now);
+// Writes the order's header into every line: customer, the moment of writing, pick-up and ceremony dates as
+// dates, references, the cards and the order's state ("EMESSO" for a new order).
+void copyHeader(QVector<QStringList>& lines, const Order& order, const QDateTime& now);
+// The cards' cell of a line: the format's index as a number, and empty for an order without cards, which
+// a 0 (the small format) would turn into an order with cards when it is read back.
+QString bigliettiCell(const QString& format);
 
 // What a write needs besides the lines.
 struct OrderWrite
@@ -61,6 +51,9 @@ struct OrderWrite
     qint32 idnumeratore = 0; // the counter a new order's number came from
     common::Money acconto;
     common::Money totale;
+    // The identity of this save, kept with the order it writes: a save repeated with the same identity
+    // after a commit whose outcome was lost finds its earlier write instead of storing the order again.
+    QString saveId;
 };
 
 struct WriteResult
@@ -71,6 +64,9 @@ struct WriteResult
     // saved an order under that number first.
     QString numero;
     bool renumbered = false;
+    // The save had already been stored by an earlier attempt whose commit was not confirmed: nothing was
+    // written this time.
+    bool repeated = false;
 };
 
 // The statements of a write, each with its values quoted.
@@ -78,16 +74,17 @@ QString advanceCounterSql(qint32 idnumeratore);
 QString counterNumberSql(qint32 idnumeratore);
 QString removeOrderSql(const OrderKey& key);
 QString orderExistsSql(const OrderKey& key);
+// The articles among these keys that exist in the catalogue.
+QString existingArticlesSql(const QList<qint32>& keys);
 
 // Writes or deletes the order in one transaction on the connection: on any error everything is undone
-// (rows, counter, stock) and the error goes on to the caller. The grid's lines are changed as they are
-// written: the first line carries deposit and total, every other line 0, and a renumbered order's lines
-// carry the number it got. confirmDelete is asked, inside the transaction, before a delete is made final.
+// (rows, counter, stock) and the error goes on to the caller. The mode alone says whether the order is new
+// (Save): it takes a number from the counter and its collected lines take stock out, where an order saved
+// before (Update) gives its collected lines back. The grid's lines are changed as they are written: the
+// first line carries deposit and total, every other line 0, and a renumbered order's lines carry the number
+// it got. confirmDelete is asked, inside the transaction, before a delete is made final.
 WriteResult writeOrder(data::Database& db, WriteMode mode, OrderWrite& order,
                        const std::function<bool()>& confirmDelete,
                        const QDateTime& now = QDateTime::currentDateTime());
-
-// The order key a grid's first line carries: its row key, 0 when it has never been saved.
-qint32 gridOrderKey(const GridRows& grid);
 
 } // namespace xv::orders

@@ -211,12 +211,6 @@ TEST_P(FormKeysTest, CommandsFollowTheModeAndF3ModifiesWhereverTheFocusIs)
     EXPECT_FALSE(documentButton(5)->isEnabled());
     EXPECT_TRUE(grid()->isEnabled());
     EXPECT_FALSE(field("txt_numeroCommissione")->isEnabled());
-
-    // An odd pair of Tags: the second caption stays as it was, the frames follow the first Tag.
-    form::setTag(documentButton(2), "M");
-    form.StateOfButtons();
-    EXPECT_EQ(documentButton(2)->text(), "Aggiorna[F3]");
-    EXPECT_TRUE(widget("fra_Evento")->isEnabled());
 }
 
 TEST_P(FormKeysTest, F7AndF8StayCrossedAndAKeyWhoseButtonIsDisabledDoesNothing)

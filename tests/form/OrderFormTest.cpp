@@ -57,7 +57,7 @@ TEST_P(OrderFormTest, ANewOrderTakesTheNextNumberAndNothingOfTheOrderShownBefore
     EXPECT_EQ(text("txt_dataRitiro1"), text("txt_dataReg"));
     EXPECT_EQ(documentButton(2)->text(), "Salva[F3]");
     EXPECT_EQ(form.statusPanelText(8), "EMESSO");
-    const orders::OpenOrder& o = form.order();
+    const orders::Order& o = form.order();
     EXPECT_EQ(QStringList({o.numero, o.serie, o.documento}),
               QStringList({"31", QString::number(m_year), "COMM"}));
     EXPECT_EQ(o.key, 0);

@@ -132,10 +132,10 @@ protected:
     int lockStatements()
     {
         const quintptr window = static_cast<quintptr>(m_form->winId());
-        const qint32 number = m_form->order().numero.toInt();
-        m_host->LockRecord(window, number, QStringLiteral("Commissioni"));
+        const orders::OrderLock lock = orders::orderLock(m_form->order().orderKey());
+        m_host->LockRecord(window, lock.record, lock.table);
         const qint64 before = db().statementCount();
-        EXPECT_EQ(m_host->LockRecord(window, number, QStringLiteral("Commissioni")), QString());
+        EXPECT_EQ(m_host->LockRecord(window, lock.record, lock.table), QString());
         return static_cast<int>(db().statementCount() - before);
     }
 
@@ -205,7 +205,6 @@ protected:
         db().executeBound(QStringLiteral("update movimenti set StatoRiga='RITIRATO' where numero='8'"));
         ASSERT_TRUE(m_form->Flex_CaricaDocumento(m_form->order().orderKey()));
         ASSERT_EQ(m_form->StatoCommissione(), "RITIRATO");
-        field("txt_frase")->setText("Con affetto");
     }
 
     int count(const QString& sql)
@@ -417,7 +416,6 @@ TEST_P(HostileTextTest, ACustomersNameTypedLastIsTheOneSaved)
     typeOrderWith(QStringLiteral("Rossi Maria"));
     ASSERT_TRUE(attempt(Command::Save, 0).completed);
     m_form->tbComandiDocumento_ButtonClick(documentButton(2));
-    field("txt_frase")->setText("Con affetto");
     type("txt_ragsoc", kHostileTexts[1].second);
     ASSERT_TRUE(attempt(Command::Save, 0).completed);
     EXPECT_EQ(text("txt_ragsoc"), kHostileTexts[1].second);

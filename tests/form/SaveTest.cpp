@@ -11,6 +11,10 @@
 #include "form/frm_Commissioni.h"
 #include "lines/FlexGrid.h"
 #include "lines/GridColumns.h"
+#include "orders/Order.h"
+
+#include <QCheckBox>
+#include <QRadioButton>
 
 #include <QSqlQuery>
 
@@ -51,12 +55,9 @@ protected:
         return scalar(QStringLiteral("select %1 from med where codice='%2'").arg(column, code)).toDouble();
     }
     // Saves with the toolbar's save button, as the operator does, answering the question and the print
-    // question; true when the order is shown again as saved. The cards' phrase is not kept with the order,
-    // so it is typed again for every save.
+    // question; true when the order is shown again as saved.
     bool saveAnswering(test::ScriptedDialogs& dialogs, const QString& expectedMessage)
     {
-        if (text("txt_frase").isEmpty())
-            field("txt_frase")->setText("Con affetto");
         dialogs.expectMessage(" la commissione N° ", host::Answer::Yes);
         dialogs.expectMessage(expectedMessage);
         dialogs.expectMessage("Stampare il documento", host::Answer::No);
@@ -110,7 +111,6 @@ TEST_P(SaveTest, SavingAgainRewritesTheRowsKeepsTheCounterAndNamesTheOrder)
     test::addOrderLine(db(), "3", QDate::currentDate(), {{"documento", "DDTF"}});
 
     form.tbComandiDocumento_ButtonClick(documentButton(2)); // modify mode
-    field("txt_frase")->setText("Con affetto");
     ASSERT_EQ(form.ModeTag2(), "A");
     field("txt_soggettiEvento")->setText("Marco e Giulia Bianchi");
     dialogs.expectMessage(QStringLiteral("Aggiornare la commissione N° 8\\%1 ?").arg(m_year),
@@ -173,6 +173,8 @@ TEST_P(SaveTest, DeletingAskedNoLeavesTheRowsAndYesRemovesOnlyThisOrder)
     EXPECT_EQ(counter(), 8);
 }
 
+// The delete asks for the lock of the order open, by its document type, number and series: the same
+// number of last year is another order, and a number typed and not confirmed changes nothing.
 TEST_P(SaveTest, TheToolbarRefusesToDeleteAnOrderHeldElsewhereButF4DeletesIt)
 {
     test::ScriptedDialogs dialogs;
@@ -183,8 +185,10 @@ TEST_P(SaveTest, TheToolbarRefusesToDeleteAnOrderHeldElsewhereButF4DeletesIt)
     other.stationName = "CASSA2";
     host::Host second(other);
     ASSERT_TRUE(second.Initialize());
-    ASSERT_EQ(second.LockRecord(4242, 8, "Commissioni"), "");
+    const orders::OrderLock lock = orders::orderLock(form.order().orderKey());
+    ASSERT_EQ(second.LockRecord(4242, lock.record, lock.table), "");
 
+    field("txt_numeroCommissione")->setText("5");
     dialogs.expectMessage("Attenzione, il documento N° 8");
     form.tbComandiDocumento_ButtonClick(documentButton(3));
     EXPECT_EQ(dialogs.messages().back().icon, host::Icon::Information);
@@ -192,11 +196,80 @@ TEST_P(SaveTest, TheToolbarRefusesToDeleteAnOrderHeldElsewhereButF4DeletesIt)
         << dialogs.messages().back().text.toStdString();
     EXPECT_EQ(orderRows("8"), 1);
 
+    ASSERT_TRUE(second.ReleaseRecordLock(4242));
+    const orders::OrderLock lastYears = orders::orderLock({"COMM", "8", QString::number(m_year - 1)});
+    ASSERT_EQ(second.LockRecord(4242, lastYears.record, lastYears.table), "");
+    dialogs.expectMessage(QStringLiteral("Eliminare il documento N°8\\%1?").arg(m_year), host::Answer::No);
+    form.tbComandiDocumento_ButtonClick(documentButton(3));
+    EXPECT_EQ(orderRows("8"), 1);
+
+    // F4 deletes without asking for the lock.
+    ASSERT_TRUE(m_host->ReleaseRecordLock(static_cast<quintptr>(form.winId())));
+    ASSERT_TRUE(second.ReleaseRecordLock(4242));
+    ASSERT_EQ(second.LockRecord(4242, lock.record, lock.table), "");
     dialogs.expectMessage("Eliminare il documento N°", host::Answer::Yes);
     dialogs.expectMessage("Cancellazione del documento N°8");
     int f4 = 115;
     form.Form_KeyDown(f4, 0);
     EXPECT_EQ(orderRows("8"), 0);
+}
+
+// With the duplicate-line check on, an article added again replaces its line, which then carries the
+// article's key where a saved line carries its own: the order is still new.
+TEST_P(SaveTest, ANewOrderWhoseFirstLineWasReplacedIsSavedAsNew)
+{
+    test::ScriptedDialogs dialogs;
+    m_host->SaveSetting("comm", "checkAddRigaFlex", "1", "DOCS");
+    frm_Commissioni& form = completeOrder({"1", "2"});
+    addLine("BOM001", "4");
+    ASSERT_EQ(form.LineCount(), 2);
+    ASSERT_NE(grid()->textMatrix(lines::FirstDataRow, lines::Col_rowid), "0");
+    // The other workstation, proposed the same number 8, saved first.
+    test::addOrderLine(db(), "8", QDate::currentDate(), {{"Nominativo", "Verdi"}});
+    db().executeBound(QStringLiteral("update numeratori set numero=8 where serie='%1'").arg(m_year));
+
+    dialogs.expectMessage(QStringLiteral("Salvare la commissione N° 8\\%1 ?").arg(m_year), host::Answer::Yes);
+    dialogs.expectMessage("Salvataggio eseguito correttamente!");
+    dialogs.expectMessage("Stampare il documento", host::Answer::No);
+    ASSERT_TRUE(form.Documento_Salva());
+    EXPECT_TRUE(dialogs.messages()[1].text.contains(QStringLiteral("salvata con il N° 9\\%1").arg(m_year)))
+        << dialogs.messages()[1].text.toStdString();
+    EXPECT_EQ(counter(), 9);
+    EXPECT_EQ(scalar("select Nominativo from movimenti where numero='8'"), "Verdi");
+    EXPECT_EQ(orderRows("9"), 2);
+    EXPECT_EQ(form.order().numero, "9");
+    EXPECT_EQ(text("txt_ragsoc"), "Rossi Maria");
+}
+
+// The cards' wording and notes are kept with the order; an order without cards asks for no wording when it
+// is opened and saved again.
+TEST_P(SaveTest, TheCardsWordingAndNotesAreKeptAndAnOrderWithoutCardsNeedsNone)
+{
+    test::ScriptedDialogs dialogs;
+    frm_Commissioni& form = completeOrder({"1"});
+    field("txt_frase")->clear();
+    ASSERT_TRUE(saveAnswering(dialogs, "Salvataggio eseguito correttamente!"));
+    QCheckBox* cards = form.findChild<QCheckBox*>("chk_Biglietti");
+    EXPECT_FALSE(cards->isChecked());
+    EXPECT_EQ(scalar("select count(*) from Doc_Commissioni_testate where Biglietti<>''"), "0");
+    const QString update =
+        QStringLiteral("Aggiornamento del documento 8\\%1 eseguito correttamente!").arg(m_year);
+    form.tbComandiDocumento_ButtonClick(documentButton(2));
+    ASSERT_TRUE(saveAnswering(dialogs, update));
+
+    form.tbComandiDocumento_ButtonClick(documentButton(2));
+    cards->click();
+    form.opt_Biglietti(2)->click();
+    field("txt_frase")->setText("Con affetto");
+    field("txt_note")->setText("Nastro rosa");
+    ASSERT_TRUE(saveAnswering(dialogs, update));
+    EXPECT_TRUE(cards->isChecked());
+    EXPECT_TRUE(form.opt_Biglietti(2)->isChecked());
+    EXPECT_EQ(text("txt_frase"), "Con affetto");
+    EXPECT_EQ(text("txt_note"), "Nastro rosa");
+    // What the cards list of the day reads.
+    EXPECT_EQ(scalar("select Dicitura || '|' || Note from Doc_Commissioni_testate where Biglietti<>''"),
+              "Con affetto|Nastro rosa");
 }
 
 TEST_P(SaveTest, F4AnsweredNoSaysTheDeletionWasNotMade)
@@ -266,7 +339,6 @@ TEST_P(SaveTest, PrintingAfterASavePrintsTheControlSlipsOfTheSavedOrder)
     m_host->SaveSetting("STAMPA", "CartellaPDF", pdfDir.path(), "eKELA");
     test::ScriptedDialogs dialogs;
     frm_Commissioni& form = completeOrder({"1", "2"});
-    field("txt_frase")->setText("Con affetto");
     dialogs.expectMessage("Salvare la commissione", host::Answer::Yes);
     dialogs.expectMessage("Salvataggio eseguito correttamente!");
     dialogs.expectMessage("Stampare il documento appena registrato?", host::Answer::Yes);

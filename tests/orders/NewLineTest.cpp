@@ -27,7 +27,7 @@ QString currency(qint64 raw)
 struct NewLineFixture
 {
     LineEntry entry;
-    orders::OpenOrder order;
+    orders::Order order;
     orders::ModuleSettings settings;
     LineContext context;
 

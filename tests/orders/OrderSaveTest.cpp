@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Writing an order without the form: the header copied into the lines, and what one transaction leaves in
 // the rows and the counter when the number proposed was taken meanwhile, on both engines.
+#include "CommitCutter.h"
 #include "TestDatabase.h"
 #include "TestOrders.h"
 
@@ -8,9 +9,10 @@
 #include "common/RuntimeError.h"
 #include "host/Host.h"
 #include "lines/GridColumns.h"
-#include "orders/OpenOrder.h"
+#include "orders/Order.h"
 #include "orders/OrderSave.h"
 
+#include <QRegularExpression>
 #include <QSqlQuery>
 
 #include <gtest/gtest.h>
@@ -30,11 +32,11 @@ TEST(CopyHeaderTest, EveryLineGetsTheHeaderWithDatesAsDatesAndANewOrderIssued)
         const char* cell;
     } dates[] = {{"5/6/2027", "05/06/2027"}, {"", ""}, {"2027-06-20 00:00:00", "20/06/2027"}};
     for (const Case& date : dates) {
-        orders::HeaderValues header;
+        orders::Order header;
         header.customer.key = 42;
         header.customer.nominativo = "Rossi Maria";
         header.customer.cellulare = "333 1234567";
-        header.dataRitiro1 = date.typed;
+        header.datadal = date.typed;
         header.dataEvento = date.typed;
         header.tipoEvento = "Battesimo";
         QVector<QStringList> lines(2, QStringList(ColCount, "x"));
@@ -52,11 +54,26 @@ TEST(CopyHeaderTest, EveryLineGetsTheHeaderWithDatesAsDatesAndANewOrderIssued)
             EXPECT_EQ(cells[Col_codice_med], "x") << "the line's own cells are left alone";
         }
     }
-    orders::HeaderValues collected;
+    orders::Order collected;
+    collected.key = 41;
     collected.statoRiga = "RITIRATO";
+    collected.biglietti = "2";
+    collected.frase = "Con affetto";
+    collected.noteBiglietti = "Nastro rosa";
     QVector<QStringList> lines(1, QStringList(ColCount));
     orders::copyHeader(lines, collected, now);
     EXPECT_EQ(lines[0][Col_StatoRiga], "RITIRATO");
+    EXPECT_EQ(lines[0][Col_attrib00], "2");
+    EXPECT_EQ(lines[0][Col_attrib08], "Con affetto");
+    EXPECT_EQ(lines[0][Col_attrib07], "Nastro rosa");
+}
+
+// No cards is an empty cell: a 0 would read back as the small format, an order with cards.
+TEST(CopyHeaderTest, TheCardsCellIsTheFormatsIndexAndEmptyWithoutCards)
+{
+    const std::pair<const char*, const char*> cases[] = {{"", ""}, {"0", "0"}, {"1", "1"}, {"2", "2"}};
+    for (const auto& [format, cell] : cases)
+        EXPECT_EQ(orders::bigliettiCell(format), cell) << format;
 }
 
 class OrderSaveTest : public test::HostedTest
@@ -88,7 +105,7 @@ protected:
         const QDate today = QDate::currentDate();
         for (int i = 0; i < lines; ++i)
             test::addOrderLine(db(), "model", today, {{"Nominativo", "Nuovo cliente"}});
-        orders::OpenOrder model = orders::loadOrder(*m_host, {"COMM", "model", QString::number(m_year)});
+        orders::Order model = orders::loadOrder(*m_host, {"COMM", "model", QString::number(m_year)});
         db().executeBound("delete from movimenti where numero='model'");
         orders::OrderWrite write;
         for (data::Recordset rs = m_host->OpenSchema(4, "movimenti"); !rs.eof(); rs.moveNext()) {
@@ -162,6 +179,110 @@ TEST_P(OrderSaveTest, ACounterThatCannotGiveANumberStopsTheSaveWithNothingWritte
     EXPECT_EQ(names("8"), QStringList{"Altra postazione"});
     EXPECT_EQ(scalar("select count(*) from movimenti"), "1");
     EXPECT_FALSE(db().inTransaction());
+}
+
+// Whether an order is new is the write mode's to say. A line added to a new order can carry an article's key
+// where a saved line carries its own, and a saved order can have had every line replaced.
+TEST_P(OrderSaveTest, TheModeAloneSaysWhetherTheOrderIsNewWhateverItsFirstLineCarries)
+{
+    db().executeBound("insert into med (codice, descrizione, quantita_reale, quantita_disponibile) "
+                      "values ('BOM001', 'Bomboniera', 100, 90)");
+    const QString article = scalar("select rowid from med");
+    const struct
+    {
+        WriteMode mode;
+        const char* firstKey;
+        int counterAfter;
+        double stockAfter;
+    } cases[] = {
+        {WriteMode::Save, "57", 8, 100 - 2 * 3},  // a new order takes a number and its collected lines
+        {WriteMode::Update, "0", 7, 100 + 2 * 3}, // a saved order gives its collected lines back
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.firstKey);
+        db().executeBound("update numeratori set numero=7");
+        db().executeBound("update med set quantita_reale=100, quantita_disponibile=90");
+        orders::OrderWrite order = newOrder("8", 2);
+        for (QStringList& cells : order.grid.lines) {
+            cells[Col_StatoRiga] = "RITIRATO";
+            cells[Col_rowid_med] = article;
+            cells[Col_qta] = "3";
+        }
+        order.grid.lines[0][Col_rowid] = c.firstKey;
+        EXPECT_TRUE(orders::writeOrder(db(), c.mode, order, {}).done);
+        EXPECT_EQ(scalar("select numero from numeratori").toInt(), c.counterAfter);
+        EXPECT_EQ(scalar("select quantita_reale from med").toDouble(), c.stockAfter);
+        EXPECT_EQ(scalar("select quantita_disponibile from med").toDouble(), c.stockAfter - 10);
+        db().executeBound("delete from movimenti");
+    }
+}
+
+TEST_P(OrderSaveTest, ACollectedLineWhoseArticleIsGoneStopsTheSaveWithNothingWritten)
+{
+    orders::OrderWrite order = newOrder("8", 2);
+    order.grid.lines[1][Col_StatoRiga] = "RITIRATO";
+    order.grid.lines[1][Col_rowid_med] = "4242";
+    try {
+        orders::writeOrder(db(), WriteMode::Save, order, {});
+        ADD_FAILURE() << "the save went through";
+    } catch (const common::RuntimeError& e) {
+        EXPECT_TRUE(e.description().contains("4242")) << e.description().toStdString();
+    }
+    EXPECT_EQ(scalar("select count(*) from movimenti"), "0");
+    EXPECT_EQ(scalar("select numero from numeratori"), "7");
+    EXPECT_FALSE(db().inTransaction());
+}
+
+TEST_P(OrderSaveTest, ASaveMadeAgainWithItsIdentityFindsItsEarlierWriteAndStoresNothingTwice)
+{
+    savedElsewhere("8");
+    orders::OrderWrite order = newOrder("8", 2);
+    order.saveId = "prova-1";
+    const orders::WriteResult first = orders::writeOrder(db(), WriteMode::Save, order, {});
+    ASSERT_TRUE(first.done);
+    ASSERT_EQ(first.numero, "9");
+    order.key.numero = "8"; // the order as the form still holds it when it has not heard back
+    const orders::WriteResult again = orders::writeOrder(db(), WriteMode::Save, order, {});
+    EXPECT_TRUE(again.done);
+    EXPECT_TRUE(again.repeated);
+    EXPECT_TRUE(again.renumbered);
+    EXPECT_EQ(again.numero, "9");
+    EXPECT_EQ(names("9"), (QStringList{"Nuovo cliente", "Nuovo cliente"}));
+    EXPECT_EQ(scalar("select count(*) from movimenti"), "3");
+    EXPECT_EQ(scalar("select numero from numeratori"), "9");
+
+    order.saveId = "prova-2"; // another save of the same order is written as usual
+    order.key.numero = "9";
+    EXPECT_FALSE(orders::writeOrder(db(), WriteMode::Update, order, {}).repeated);
+}
+
+// The connection breaks during the commit itself, after the server stored the order: the save is made
+// again, as the operator does after the error, and finds the order it stored.
+TEST_P(OrderSaveTest, ASaveWhoseCommitWasCutIsNotStoredASecondTimeWhenMadeAgain)
+{
+    if (GetParam() != data::Engine::PostgreSQL)
+        GTEST_SKIP() << "an embedded database has no connection to break";
+    const QString text = database().connectionText();
+    const QRegularExpression portField("port=(\\d+)");
+    test::CommitCutter cutter(portField.match(text).captured(1).toInt());
+    ASSERT_NE(cutter.port(), 0);
+    QString cutText = text;
+    cutText.replace(portField, QStringLiteral("port=%1").arg(cutter.port()));
+    data::Database cut(data::ConnectionConfig::fromText(cutText));
+
+    orders::OrderWrite order = newOrder("8", 2);
+    order.saveId = orders::Order::newSaveId();
+    cutter.armAtNextCommit();
+    EXPECT_THROW(orders::writeOrder(cut, WriteMode::Save, order, {}), common::RuntimeError);
+    ASSERT_EQ(cutter.cuts(), 1);
+    ASSERT_EQ(names("8").size(), 2) << "the server stored the order before the connection broke";
+
+    const orders::WriteResult again = orders::writeOrder(cut, WriteMode::Save, order, {});
+    EXPECT_TRUE(again.done);
+    EXPECT_TRUE(again.repeated);
+    EXPECT_EQ(again.numero, "8");
+    EXPECT_EQ(scalar("select count(*) from movimenti"), "2");
+    EXPECT_EQ(scalar("select numero from numeratori"), "8");
 }
 
 XV_INSTANTIATE_FOR_ENGINES(OrderSaveTest);

@@ -29,7 +29,7 @@ orders::OrderWrite newOrder(host::Host& h, const orders::NumberProposal& proposa
                             int lineCount)
 {
     const orders::ModuleSettings settings = orders::readModuleSettings(h);
-    orders::OpenOrder order;
+    orders::Order order;
     order.idnumeratore = proposal.counterKey;
     order.tipogestione = settings.tipogestione;
     order.tipomovimento = settings.tipomovimento;
@@ -63,13 +63,11 @@ orders::OrderWrite newOrder(host::Host& h, const orders::NumberProposal& proposa
         context.gridRow = lines::FirstDataRow + i;
         write.grid.lines << orders::newLineCells(entry, order, settings, context);
     }
-    orders::HeaderValues header;
-    header.customer = order.customer;
-    header.dataRitiro1 = entry.dataRitiro1;
-    header.tipoEvento = entry.tipoEvento;
-    header.dataEvento = entry.dataEvento;
-    header.soggettiEvento = entry.soggettiEvento;
-    orders::copyHeader(write.grid.lines, header, context.now);
+    order.datadal = entry.dataRitiro1;
+    order.tipoEvento = entry.tipoEvento;
+    order.dataEvento = entry.dataEvento;
+    order.soggettiEvento = entry.soggettiEvento;
+    orders::copyHeader(write.grid.lines, order, context.now);
     write.key = order.orderKey();
     write.idnumeratore = proposal.counterKey;
     write.totale = common::Money::fromInteger(16LL * lineCount);

@@ -6,7 +6,7 @@
 #include "common/RuntimeError.h"
 #include "host/Host.h"
 #include "lines/GridColumns.h"
-#include "orders/OpenOrder.h"
+#include "orders/Order.h"
 #include "orders/OrderLoad.h"
 
 #include <gtest/gtest.h>
@@ -17,7 +17,7 @@ using namespace xv;
 using common::Money;
 using data::Recordset;
 
-class OpenOrderTest : public test::HostedTest
+class OrderTest : public test::HostedTest
 {
 protected:
     void SetUp() override
@@ -49,11 +49,11 @@ protected:
     const int m_year = QDate::currentDate().year();
 };
 
-TEST_P(OpenOrderTest, TheOrderValueKeepsWhatTheFormDoesNotShow)
+TEST_P(OrderTest, TheOrderValueKeepsWhatTheFormDoesNotShow)
 {
     test::addOrderLine(db(), "11", QDate(m_year, 3, 14),
                        {{"rowid_controparti", 12}, {"Rowid_Pagamento", 3}, {"Tipomovimento", "CX"}});
-    const orders::OpenOrder o = orders::loadOrder(*m_host, "11", m_year);
+    const orders::Order o = orders::loadOrder(*m_host, "11", m_year);
     EXPECT_EQ(o.tipomovimento, "CX");
     EXPECT_EQ(o.customer.key, 12);
     EXPECT_EQ(o.customer.rowidPagamento, "3");
@@ -61,7 +61,7 @@ TEST_P(OpenOrderTest, TheOrderValueKeepsWhatTheFormDoesNotShow)
     EXPECT_EQ(o.lines[0].size(), lines::ColCount);
 }
 
-TEST_P(OpenOrderTest, ATypedNumberOpensThisYearsOrderElseLastYearsAndNoOtherRows)
+TEST_P(OrderTest, ATypedNumberOpensThisYearsOrderElseLastYearsAndNoOtherRows)
 {
     struct Row
     {
@@ -97,7 +97,7 @@ TEST_P(OpenOrderTest, ATypedNumberOpensThisYearsOrderElseLastYearsAndNoOtherRows
                                 {"prezzo2", opened ? 10 : 1000},
                                 {"totale", opened ? 100 : 5000}});
         }
-        const orders::OpenOrder o = orders::loadOrder(*m_host, numero, m_year);
+        const orders::Order o = orders::loadOrder(*m_host, numero, m_year);
         ASSERT_EQ(o.lines.size(), expectedLines);
         if (c.opensYearsBack < 0) {
             EXPECT_EQ(o.key, 0);
@@ -116,7 +116,7 @@ TEST_P(OpenOrderTest, ATypedNumberOpensThisYearsOrderElseLastYearsAndNoOtherRows
     }
 }
 
-TEST_P(OpenOrderTest, GridCellsShowMoneyDatesNumbersAndAllowedNullsAsText)
+TEST_P(OrderTest, GridCellsShowMoneyDatesNumbersAndAllowedNullsAsText)
 {
     test::addOrderLine(db(), "7", QDate(m_year, 3, 14),
                        {{"prezzo", 2.5},
@@ -137,7 +137,7 @@ TEST_P(OpenOrderTest, GridCellsShowMoneyDatesNumbersAndAllowedNullsAsText)
     EXPECT_EQ(cells[lines::Col_referente], "");
 }
 
-TEST_P(OpenOrderTest, ANullWhereNoneMayBeStopsTheLoad)
+TEST_P(OrderTest, ANullWhereNoneMayBeStopsTheLoad)
 {
     test::addOrderLine(db(), "8", QDate(m_year, 3, 14), {{"Descrizione2", QVariant()}});
     try {
@@ -152,7 +152,7 @@ TEST_P(OpenOrderTest, ANullWhereNoneMayBeStopsTheLoad)
     EXPECT_THROW(orders::loadOrder(*m_host, "10", m_year), common::RuntimeError) << "nor in the header";
 }
 
-TEST_P(OpenOrderTest, ProposedNumberIsTheCounterPlusOneOrNothingWithoutACounter)
+TEST_P(OrderTest, ProposedNumberIsTheCounterPlusOneOrNothingWithoutACounter)
 {
     test::addCounter(db(), 2031, 41);
     const auto proposal = orders::proposeNumber(*m_host, "CO", 2031);
@@ -164,7 +164,7 @@ TEST_P(OpenOrderTest, ProposedNumberIsTheCounterPlusOneOrNothingWithoutACounter)
     EXPECT_FALSE(orders::proposeNumber(*m_host, "XX", 2031).has_value());
 }
 
-TEST_P(OpenOrderTest, ALoadByNumberRunsThreeStatementsHoweverLongTheOrderAndReadsTheColumnsOnce)
+TEST_P(OrderTest, ALoadByNumberRunsThreeStatementsHoweverLongTheOrderAndReadsTheColumnsOnce)
 {
     for (int line = 0; line < 30; ++line)
         test::addOrderLine(db(), "12", QDate(m_year, 3, 14));
@@ -173,7 +173,7 @@ TEST_P(OpenOrderTest, ALoadByNumberRunsThreeStatementsHoweverLongTheOrderAndRead
     for (const char* number : {"12", "13"}) {
         QStringList run;
         db().setStatementLog([&run](const QString& sql, const QVariantList&) { run << sql; });
-        const orders::OpenOrder o = orders::loadOrder(*m_host, number, m_year);
+        const orders::Order o = orders::loadOrder(*m_host, number, m_year);
         db().setStatementLog({});
         EXPECT_EQ(o.lines.size(), QString(number) == "12" ? 30 : 1);
         // The order found by number, its lines and its sums.
@@ -181,9 +181,9 @@ TEST_P(OpenOrderTest, ALoadByNumberRunsThreeStatementsHoweverLongTheOrderAndRead
     }
 }
 
-XV_INSTANTIATE_FOR_ENGINES(OpenOrderTest);
+XV_INSTANTIATE_FOR_ENGINES(OrderTest);
 
-TEST(OpenOrderSql, EveryValueOfTheKeyIsQuotedAndTheLinesAreOrderedByKey)
+TEST(OrderSql, EveryValueOfTheKeyIsQuotedAndTheLinesAreOrderedByKey)
 {
     const orders::OrderKey key{"CO'MM", "5'", "20'26"};
     EXPECT_EQ(orders::orderLinesSql(key), "select * from movimenti where documento='CO''MM' and numero='5''' "

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "OpenOrder.h"
+#include "Order.h"
 
 #include "common/Conversions.h"
 #include "common/RuntimeError.h"
 #include "data/Recordset.h"
 #include "data/SqlText.h"
 #include "host/IHost.h"
+
+#include <QUuid>
 
 namespace xv::orders {
 
@@ -23,7 +25,7 @@ common::Money requiredMoney(const Recordset& rs, const QString& field)
 }
 
 // The header as the first row holds it; a null where a value must be is an error, as on every line.
-void readHeader(const Recordset& rs, OpenOrder& order)
+void readHeader(const Recordset& rs, Order& order)
 {
     order.key = common::toInt32(common::numericValue(requiredText(rs, QStringLiteral("rowid"))));
     order.tipogestione = requiredText(rs, QStringLiteral("Tipogestione"));
@@ -45,16 +47,10 @@ void readHeader(const Recordset& rs, OpenOrder& order)
     order.amuleto = requiredText(rs, QStringLiteral("attrib01"));
     order.confetti = requiredText(rs, QStringLiteral("attrib02"));
     order.mandorla = requiredText(rs, QStringLiteral("attrib03"));
+    order.noteBiglietti = rs.text(QStringLiteral("attrib07"));
+    order.frase = rs.text(QStringLiteral("attrib08"));
     order.customer = readOrderCustomer(rs);
     order.customer.rowidPagamento = requiredText(rs, QStringLiteral("Rowid_Pagamento"));
-}
-
-QVector<int> movimentiTypes(host::IHost& host)
-{
-    QVector<int> types;
-    for (Recordset rs = host.OpenSchema(4, QStringLiteral("movimenti")); !rs.eof(); rs.moveNext())
-        types << common::toInt32(common::numericValue(rs.text(QStringLiteral("Type"))));
-    return types;
 }
 
 int indexIn(const QString& text, int count)
@@ -67,6 +63,27 @@ int indexIn(const QString& text, int count)
 }
 
 } // namespace
+
+LineColumns lineColumns(host::IHost& host)
+{
+    LineColumns columns;
+    for (Recordset rs = host.OpenSchema(4, QStringLiteral("movimenti")); !rs.eof(); rs.moveNext()) {
+        columns.names << rs.text(QStringLiteral("Column"));
+        columns.typeCodes << common::toInt32(common::numericValue(rs.text(QStringLiteral("Type"))));
+    }
+    return columns;
+}
+
+QString Order::newSaveId()
+{
+    return QUuid::createUuid().toString(QUuid::WithoutBraces);
+}
+
+OrderLock orderLock(const OrderKey& key)
+{
+    return {QStringLiteral("Commissioni ") + key.documento + QLatin1Char(' ') + key.serie,
+            common::toInt32(common::numericValue(key.numero))};
+}
 
 QString orderKeyCondition(const OrderKey& key)
 {
@@ -108,9 +125,9 @@ std::optional<OrderKey> findOrderByNumber(host::IHost& host, const QString& numb
     return lastYears;
 }
 
-OpenOrder loadOrder(host::IHost& host, const OrderKey& key)
+Order loadOrder(host::IHost& host, const OrderKey& key)
 {
-    OpenOrder order;
+    Order order;
     Recordset rows = host.OpenRecordset(orderLinesSql(key));
     if (rows.eof())
         return order;
@@ -118,17 +135,17 @@ OpenOrder loadOrder(host::IHost& host, const OrderKey& key)
     order.acconto = requiredMoney(sums, QStringLiteral("TotaleAcconto"));
     order.totale = requiredMoney(sums, QStringLiteral("TotaleCommissione"));
     readHeader(rows, order);
-    const QVector<int> types = movimentiTypes(host);
+    const QVector<int> types = lineColumns(host).typeCodes;
     order.lines.reserve(rows.recordCount());
     for (; !rows.eof(); rows.moveNext())
         order.lines << gridCells(rows, types);
     return order;
 }
 
-OpenOrder loadOrder(host::IHost& host, const QString& number, int year)
+Order loadOrder(host::IHost& host, const QString& number, int year)
 {
     const std::optional<OrderKey> key = findOrderByNumber(host, number, year);
-    return key ? loadOrder(host, *key) : OpenOrder();
+    return key ? loadOrder(host, *key) : Order();
 }
 
 int cardFormat(const QString& biglietti)

@@ -28,9 +28,11 @@ struct OrderKey
 };
 
 // The order open on the form, as one value: what was loaded or proposed, and what a save writes back.
-struct OpenOrder
+// Whether it is new is its own to say, set when it is loaded or started and never read back from its
+// lines: a line added to a new order can carry an article's key where a saved line carries its own.
+struct Order
 {
-    qint32 key = 0;          // rowid of the first line: 0 for an order never saved
+    qint32 key = 0;          // rowid of the first line when it was loaded: 0 for an order never saved
     qint32 idnumeratore = 0; // the counter that proposed the number of a new order
     QString tipogestione;
     QString tipomovimento;
@@ -52,6 +54,10 @@ struct OpenOrder
     QString amuleto;
     QString confetti;
     QString mandorla;
+    // The wording printed on the cards and the notes for them (attrib08 and attrib07), which the cards
+    // list prints.
+    QString frase;
+    QString noteBiglietti;
     common::Money acconto;
     common::Money totale;
     // Its Rowid_Pagamento is the order's payment terms.
@@ -59,8 +65,32 @@ struct OpenOrder
     // The 61 grid cells of every line, in the order of their row keys.
     QVector<QStringList> lines;
 
+    // The identity of the next save of this order: a new one for every order loaded or started, kept
+    // through a save that failed, so that saving again after a lost commit finds what was stored.
+    QString saveId = newSaveId();
+
+    bool isNew() const { return key == 0; }
     OrderKey orderKey() const { return {documento, numero, serie}; }
+    static QString newSaveId();
 };
+
+// The record lock of one order: its number, within its document type and series, so that the same number
+// of another year or of a delivery note is another lock.
+struct OrderLock
+{
+    QString table;
+    qint32 record = 0;
+};
+OrderLock orderLock(const OrderKey& key);
+
+// The columns of the order lines as the database describes them, in the table's order: their names and the
+// type codes the grid's hidden rows carry.
+struct LineColumns
+{
+    QStringList names;
+    QVector<int> typeCodes;
+};
+LineColumns lineColumns(host::IHost& host);
 
 // The condition that picks the rows of one order and of nothing else: its document type, number and series.
 QString orderKeyCondition(const OrderKey& key);
@@ -77,9 +107,9 @@ std::optional<OrderKey> findOrderByNumber(host::IHost& host, const QString& numb
 
 // The whole order with this key; an empty order (no lines, key 0) when it has no rows. Throws on a
 // value that cannot be read.
-OpenOrder loadOrder(host::IHost& host, const OrderKey& key);
+Order loadOrder(host::IHost& host, const OrderKey& key);
 // The order a typed number opens in this year (see findOrderByNumber); empty when there is none.
-OpenOrder loadOrder(host::IHost& host, const QString& number, int year);
+Order loadOrder(host::IHost& host, const QString& number, int year);
 
 // How the accessory columns read on screen: the card format attrib00 names (0 small, 1 large, 2 other),
 // or -1 when the order wants no cards; the amulet option attrib01 names (0 with, 1 without), or -1 when
