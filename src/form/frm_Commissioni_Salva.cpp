@@ -7,7 +7,6 @@
 #include "common/Conversions.h"
 #include "common/Dates.h"
 #include "common/RuntimeError.h"
-#include "data/Database.h"
 #include "host/Dialogs.h"
 #include "host/Services.h"
 #include "lines/FlexGrid.h"
@@ -198,7 +197,7 @@ bool frm_Commissioni::SalvaAggiornaElimina(const QString& mode)
                        host::Buttons::YesNo, host::Icon::Exclamation, title) == host::Answer::Yes;
         };
         const orders::WriteResult result =
-            orders::writeOrder(h.GetConnection(), *writeMode, write, confirmDelete);
+            orders::writeOrder(h, *writeMode, write, confirmDelete);
         putGridLines(write.grid.lines, {lines::Col_prezzo2, lines::Col_imposta, lines::Col_numero});
         if (!result.done)
             return false;

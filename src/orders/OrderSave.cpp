@@ -8,6 +8,7 @@
 #include "data/Recordset.h"
 #include "data/SqlText.h"
 #include "data/TypeCodes.h"
+#include "host/IHost.h"
 #include "lines/GridColumns.h"
 #include "orders/OrderCells.h"
 
@@ -295,6 +296,12 @@ WriteResult writeOrder(data::Database& db, WriteMode mode, OrderWrite& order,
         order.key.numero = result.numero;
     result.done = true;
     return result;
+}
+
+WriteResult writeOrder(host::IHost& host, WriteMode mode, OrderWrite& order,
+                       const std::function<bool()>& confirmDelete)
+{
+    return writeOrder(host.GetConnection(), mode, order, confirmDelete);
 }
 
 } // namespace xv::orders

@@ -15,6 +15,9 @@
 namespace xv::data {
 class Database;
 }
+namespace xv::host {
+class IHost;
+}
 
 namespace xv::orders {
 
@@ -86,5 +89,8 @@ QString existingArticlesSql(const QList<qint32>& keys);
 WriteResult writeOrder(data::Database& db, WriteMode mode, OrderWrite& order,
                        const std::function<bool()>& confirmDelete,
                        const QDateTime& now = QDateTime::currentDateTime());
+// The same on the host's connection.
+WriteResult writeOrder(host::IHost& host, WriteMode mode, OrderWrite& order,
+                       const std::function<bool()>& confirmDelete);
 
 } // namespace xv::orders
