@@ -235,16 +235,18 @@ WriteResult writeOrder(data::Database& db, WriteMode mode, OrderWrite& order,
     result.numero = order.key.numero;
     data::Transaction transaction(db);
     if (mode != WriteMode::Delete) {
+        // This save was stored by an attempt whose commit was not confirmed: the order is that one. It
+        // is written again as it stands now, so that nothing changed since is lost, but it takes no
+        // second number and moves no stock a second time.
         if (const std::optional<OrderKey> stored = earlierSave(db, order.saveId)) {
-            result.done = result.repeated = true;
+            result.repeated = true;
             result.numero = stored->numero;
             result.renumbered = stored->numero != order.key.numero;
             order.key = *stored;
-            return result;
         }
         requireArticles(db, order.grid);
     }
-    const bool newOrder = mode == WriteMode::Save;
+    const bool newOrder = mode == WriteMode::Save && !result.repeated;
     data::Recordset movimenti = data::Recordset::openTable(db, QStringLiteral("movimenti"));
 
     if (newOrder)
@@ -254,7 +256,7 @@ WriteResult writeOrder(data::Database& db, WriteMode mode, OrderWrite& order,
     // workstation saved first, and are never removed from here. An update or a delete replaces the
     // order's own rows, also when its first line was added since it was loaded.
     if (!order.key.numero.isEmpty()) {
-        if (mode != WriteMode::Save)
+        if (!newOrder)
             db.execute(removeOrderSql(order.key));
         else if (orderExists(db, order.key)) {
             result.numero = freeNumber(db, order);
@@ -280,14 +282,15 @@ WriteResult writeOrder(data::Database& db, WriteMode mode, OrderWrite& order,
         movimenti.addNew();
         writeCells(movimenti, order.grid.names, fields, order.grid.typeCodes, cells, now);
         movimenti.update();
-        adjustStock(db, order.grid, cells, newOrder);
+        if (!result.repeated)
+            adjustStock(db, order.grid, cells, newOrder);
     }
 
     if (mode == WriteMode::Delete) {
         if (!confirmDelete || !confirmDelete())
             return result; // the transaction rolls back: the rows removed above come back
         db.execute(removeOrderSql(order.key));
-    } else if (!order.saveId.isEmpty()) {
+    } else if (!order.saveId.isEmpty() && !result.repeated) {
         db.executeBound(kKeepSave, {order.saveId, order.key.documento, result.numero, order.key.serie,
                                     db.toStorage(now, data::TypeCode::Date)});
     }

@@ -67,8 +67,8 @@ struct WriteResult
     // saved an order under that number first.
     QString numero;
     bool renumbered = false;
-    // The save had already been stored by an earlier attempt whose commit was not confirmed: nothing was
-    // written this time.
+    // The save had already been stored by an earlier attempt whose commit was not confirmed: the order
+    // that attempt stored was written again, under its number and without changing the stock again.
     bool repeated = false;
 };
 

@@ -241,19 +241,33 @@ TEST_P(OrderSaveTest, ASaveMadeAgainWithItsIdentityFindsItsEarlierWriteAndStores
     const orders::WriteResult first = orders::writeOrder(db(), WriteMode::Save, order, {});
     ASSERT_TRUE(first.done);
     ASSERT_EQ(first.numero, "9");
-    order.key.numero = "8"; // the order as the form still holds it when it has not heard back
+    // The order as the form still holds it when it has not heard back, with a name corrected meanwhile.
+    order.key.numero = "8";
+    for (QStringList& cells : order.grid.lines)
+        cells[Col_Nominativo] = "Cliente corretto";
     const orders::WriteResult again = orders::writeOrder(db(), WriteMode::Save, order, {});
     EXPECT_TRUE(again.done);
     EXPECT_TRUE(again.repeated);
     EXPECT_TRUE(again.renumbered);
     EXPECT_EQ(again.numero, "9");
-    EXPECT_EQ(names("9"), (QStringList{"Nuovo cliente", "Nuovo cliente"}));
+    EXPECT_EQ(names("9"), (QStringList{"Cliente corretto", "Cliente corretto"}));
+    EXPECT_EQ(names("8"), QStringList{"Altra postazione"});
     EXPECT_EQ(scalar("select count(*) from movimenti"), "3");
     EXPECT_EQ(scalar("select numero from numeratori"), "9");
 
-    order.saveId = "prova-2"; // another save of the same order is written as usual
-    order.key.numero = "9";
+    // An update of a collected order, made again, gives its lines back to the stock once.
+    db().executeBound("insert into med (codice, descrizione, quantita_reale, quantita_disponibile) "
+                      "values ('BOM001', 'Bomboniera', 100, 90)");
+    for (QStringList& cells : order.grid.lines) {
+        cells[Col_StatoRiga] = "RITIRATO";
+        cells[Col_rowid_med] = scalar("select rowid from med");
+        cells[Col_qta] = "2";
+    }
+    order.saveId = "prova-2";
     EXPECT_FALSE(orders::writeOrder(db(), WriteMode::Update, order, {}).repeated);
+    EXPECT_TRUE(orders::writeOrder(db(), WriteMode::Update, order, {}).repeated);
+    EXPECT_EQ(scalar("select quantita_reale from med").toDouble(), 104);
+    EXPECT_EQ(names("9").size(), 2);
 }
 
 // The connection breaks during the commit itself, after the server stored the order: the save is made
