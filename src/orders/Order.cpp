@@ -28,27 +28,16 @@ common::Money requiredMoney(const Recordset& rs, const QString& field)
 void readHeader(const Recordset& rs, Order& order)
 {
     order.key = common::toInt32(common::numericValue(requiredText(rs, QStringLiteral("rowid"))));
-    order.tipogestione = requiredText(rs, QStringLiteral("Tipogestione"));
-    order.tipomovimento = requiredText(rs, QStringLiteral("Tipomovimento"));
+    for (const HeaderText& text : headerTexts()) {
+        const QString name = QString::fromLatin1(data::kMovimentiColumns[text.col].name);
+        order.*text.field = text.nullable ? rs.text(name) : requiredText(rs, name);
+    }
     if (rs.isNull(QStringLiteral("datadocumento")))
         invalidUseOfNull(QStringLiteral("datadocumento"));
     order.datadocumento = rs.dateTime(QStringLiteral("datadocumento"));
-    order.documento = requiredText(rs, QStringLiteral("documento"));
-    order.numero = requiredText(rs, QStringLiteral("numero"));
-    order.serie = requiredText(rs, QStringLiteral("serie"));
-    order.tipoEvento = requiredText(rs, QStringLiteral("attrib04"));
     order.dataEvento = dateText(rs.value(QStringLiteral("attrib05")));
-    order.soggettiEvento = requiredText(rs, QStringLiteral("attrib06"));
     order.datadal = dateText(rs.value(QStringLiteral("Datadal")));
     order.dataal = dateText(rs.value(QStringLiteral("Dataal")));
-    order.riferimenti = requiredText(rs, QStringLiteral("riferimenti"));
-    order.statoRiga = requiredText(rs, QStringLiteral("StatoRiga"));
-    order.biglietti = requiredText(rs, QStringLiteral("attrib00"));
-    order.amuleto = requiredText(rs, QStringLiteral("attrib01"));
-    order.confetti = requiredText(rs, QStringLiteral("attrib02"));
-    order.mandorla = requiredText(rs, QStringLiteral("attrib03"));
-    order.noteBiglietti = rs.text(QStringLiteral("attrib07"));
-    order.frase = rs.text(QStringLiteral("attrib08"));
     order.customer = readOrderCustomer(rs);
     order.customer.rowidPagamento = requiredText(rs, QStringLiteral("Rowid_Pagamento"));
 }
@@ -63,6 +52,29 @@ int indexIn(const QString& text, int count)
 }
 
 } // namespace
+
+std::span<const HeaderText> headerTexts()
+{
+    using namespace lines;
+    static const HeaderText texts[] = {
+        {Col_Tipogestione, &Order::tipogestione, false, false},
+        {Col_Tipomovimento, &Order::tipomovimento, false, false},
+        {Col_documento, &Order::documento, false, false},
+        {Col_numero, &Order::numero, false, false},
+        {Col_serie, &Order::serie, false, false},
+        {Col_attrib04, &Order::tipoEvento, false, true},
+        {Col_attrib06, &Order::soggettiEvento, false, true},
+        {Col_riferimenti, &Order::riferimenti, false, true},
+        {Col_StatoRiga, &Order::statoRiga, false, false},
+        {Col_attrib00, &Order::biglietti, false, false},
+        {Col_attrib01, &Order::amuleto, false, false},
+        {Col_attrib02, &Order::confetti, false, false},
+        {Col_attrib03, &Order::mandorla, false, false},
+        {Col_attrib07, &Order::noteBiglietti, true, true},
+        {Col_attrib08, &Order::frase, true, true},
+    };
+    return texts;
+}
 
 LineColumns lineColumns(host::IHost& host)
 {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "common/Money.h"
+#include "lines/GridColumns.h"
 #include "orders/OrderLoad.h"
 
 #include <QDateTime>
@@ -10,6 +11,7 @@
 #include <QVector>
 
 #include <optional>
+#include <span>
 
 namespace xv::host {
 class IHost;
@@ -73,6 +75,19 @@ struct Order
     OrderKey orderKey() const { return {documento, numero, serie}; }
     static QString newSaveId();
 };
+
+// The header texts an order's rows repeat, and the fields of the order that hold them: reading an order and
+// writing its header into the lines both go by this list. Those the save writes into every line are the ones
+// the operator types; the order's identity, its kind, state and accessories keep what the line was given.
+// A null reads back as empty only where a stored order may leave the column empty.
+struct HeaderText
+{
+    lines::Col col;
+    QString Order::*field;
+    bool nullable;
+    bool writtenOnSave;
+};
+std::span<const HeaderText> headerTexts();
 
 // The record lock of one order: its number, within its document type and series, so that the same number
 // of another year or of a delivery note is another lock.

@@ -186,14 +186,13 @@ void copyHeader(QVector<QStringList>& lines, const Order& header, const QDateTim
         cells[Col_oradal] = time;
         cells[Col_Dataal] = dataRitiro2;
         cells[Col_oraal] = time;
-        cells[Col_attrib04] = header.tipoEvento;
+        for (const HeaderText& text : headerTexts()) {
+            if (text.writtenOnSave)
+                cells[text.col] = header.*text.field;
+        }
         cells[Col_attrib05] = dataEvento;
-        cells[Col_attrib06] = header.soggettiEvento;
-        cells[Col_riferimenti] = header.riferimenti;
         cells[Col_StatoRiga] = state;
         cells[Col_attrib00] = bigliettiCell(header.biglietti);
-        cells[Col_attrib07] = header.noteBiglietti;
-        cells[Col_attrib08] = header.frase;
     }
 }
 
