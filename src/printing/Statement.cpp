@@ -8,11 +8,13 @@
 #include <QFontMetricsF>
 #include <QImage>
 #include <QLocale>
+#include <QPageLayout>
 #include <QPainter>
 #include <QPrinter>
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 
 namespace xv::printing {
@@ -24,6 +26,12 @@ constexpr int kBodySize = 12;
 constexpr int kBannerSize = 14;
 constexpr int kRoomUnderPicture = 9;
 constexpr double kTwipsPerInch = 1440.0;
+constexpr double kMmPerInch = 25.4;
+// The shop's widest lines (65 columns in 14 points, 75 in 12) are 193 mm wide: on A4 they keep their size
+// with up to 8 mm each side, and 7 mm keeps them clear of what most printers cannot reach.
+constexpr double kSideMarginMm = 7;
+constexpr int kFooterSize = 10;
+constexpr double kSmallestSize = 1;
 // The suite's number for a printer that refuses the job, and for a picture that cannot be read.
 constexpr int kPrinterError = 482;
 constexpr int kInvalidPicture = 481;
@@ -54,6 +62,86 @@ QString amountLine(const QString& label, const common::Money& amount, const PadW
 {
     const QString text = amount.toCurrencyText();
     return label + blanks(padWidth(label, 20)) + text + blanks(padWidth(text, static_cast<int>(text.size())));
+}
+
+// Where the lines go, in the painter's coordinates: the printable area, narrowed where the printer keeps
+// less than kSideMarginMm of paper at a side.
+QRectF textArea(const QPrinter& printer)
+{
+    const QPageLayout layout = printer.pageLayout();
+    const int dpi = printer.resolution();
+    const QRectF printable = layout.paintRectPixels(dpi);
+    const QRectF paper = layout.fullRectPixels(dpi);
+    const double side = kSideMarginMm / kMmPerInch * dpi;
+    QRectF area = printable;
+    area.setLeft(std::max(printable.left(), paper.left() + side));
+    area.setRight(std::min(printable.right(), paper.right() - side));
+    return area.translated(-printable.topLeft());
+}
+
+// Trailing blanks paint nothing: only the text they follow has to fit.
+QString inkedText(const QString& text)
+{
+    qsizetype end = text.size();
+    while (end > 0 && text.at(end - 1) == QLatin1Char(' '))
+        --end;
+    return text.left(end);
+}
+
+// The line's own font, or, when its text would pass the width, the same face just small enough.
+QFont fittingFont(const StatementLine& line, double width, QPaintDevice* device)
+{
+    QFont font = statementFont(line);
+    const QString text = inkedText(line.text);
+    const double needed = QFontMetricsF(font, device).horizontalAdvance(text);
+    if (needed <= width)
+        return font;
+    // A fixed-pitch face widens in step with its size; the steps down absorb the rounding of its metrics.
+    for (double size = std::floor(line.pointSize * width / needed * 10) / 10;; size -= 0.1) {
+        font.setPointSizeF(std::max(size, kSmallestSize));
+        if (size <= kSmallestSize || QFontMetricsF(font, device).horizontalAdvance(text) <= width)
+            return font;
+    }
+}
+
+// A line painted from its top, on the baseline of its own size even when it is painted smaller.
+void paintLine(QPainter& painter, const StatementLine& line, const QRectF& area, double top)
+{
+    if (line.text.isEmpty())
+        return;
+    painter.setFont(fittingFont(line, area.width(), painter.device()));
+    painter.drawText(
+        QPointF(area.left(), top + QFontMetricsF(statementFont(line), painter.device()).ascent()), line.text);
+}
+
+struct PlacedLine
+{
+    int page = 0;
+    double top = 0;
+};
+
+// Each line under the one before, as high as its font; the next page when it would pass the bottom, after
+// the page heading's room on every page but the first. A line taller than a page still gets one of its own.
+QVector<PlacedLine> layOut(const QVector<StatementLine>& lines,
+                           const std::function<double(const StatementLine&)>& height, double bottom,
+                           double headingRoom)
+{
+    QVector<PlacedLine> placed;
+    placed.reserve(lines.size());
+    int page = 0;
+    double top = 0;
+    double y = top;
+    for (const StatementLine& line : lines) {
+        const double h = height(line);
+        if (y > top && y + h > bottom) {
+            ++page;
+            top = headingRoom;
+            y = top;
+        }
+        placed.append({page, y});
+        y += h;
+    }
+    return placed;
 }
 
 } // namespace
@@ -119,6 +207,10 @@ Statement buildStatement(const StatementInput& input, const PadWidthFn& padWidth
     add(QString(), kBannerSize);
     add(QString(), kBannerSize);
     add(blanks(37) + QStringLiteral("FIRMA:") + rule(22), kBannerSize);
+    statement.pageHeading = {
+        QStringLiteral("Commissione N° ") + input.number +
+            (input.customer.isEmpty() ? QString() : QStringLiteral(" - ") + input.customer),
+        kBodySize, true};
     return statement;
 }
 
@@ -151,22 +243,37 @@ void printStatement(const Statement& statement, QPrinter& printer)
         painter.drawImage(QRectF(at.x() * scale, at.y() * scale, at.width() * scale, at.height() * scale),
                           picture);
     }
-    const double pageHeight = printer.height();
-    double y = 0;
-    for (const StatementLine& line : statement.lines) {
-        const QFont font = statementFont(line);
-        const QFontMetricsF metrics(font, &printer);
-        if (y > 0 && y + metrics.height() > pageHeight) {
+    const QRectF area = textArea(printer);
+    const auto height = [&printer](const StatementLine& line) {
+        return QFontMetricsF(statementFont(line), &printer).height();
+    };
+    const StatementLine footer{QString(), kFooterSize};
+    const double headingRoom = statement.pageHeading.text.isEmpty() ? 0 : 2 * height(statement.pageHeading);
+    // The page numbers take room only when there is more than one page to number.
+    QVector<PlacedLine> placed = layOut(statement.lines, height, area.height(), headingRoom);
+    if (!placed.isEmpty() && placed.last().page > 0)
+        placed = layOut(statement.lines, height, area.height() - 2 * height(footer), headingRoom);
+    const int pages = placed.isEmpty() ? 1 : placed.last().page + 1;
+
+    qsizetype next = 0;
+    for (int page = 0; page < pages; ++page) {
+        if (page > 0) {
             if (!printer.newPage())
                 throw common::RuntimeError(kPrinterError,
                                            QStringLiteral("Impossibile iniziare una nuova pagina"));
-            y = 0;
+            paintLine(painter, statement.pageHeading, area, 0);
         }
-        if (!line.text.isEmpty()) {
+        for (; next < placed.size() && placed[next].page == page; ++next)
+            paintLine(painter, statement.lines[next], area, placed[next].top);
+        if (pages > 1) {
+            const QString number = QStringLiteral("Pagina %1 di %2").arg(page + 1).arg(pages);
+            const QFont font = statementFont(footer);
+            const QFontMetricsF metrics(font, &printer);
             painter.setFont(font);
-            painter.drawText(QPointF(0, y + metrics.ascent()), line.text);
+            painter.drawText(QPointF(area.center().x() - metrics.horizontalAdvance(number) / 2,
+                                     area.bottom() - metrics.descent()),
+                             number);
         }
-        y += metrics.height();
     }
     if (!painter.end() || printer.printerState() == QPrinter::Error)
         throw common::RuntimeError(kPrinterError,

@@ -30,6 +30,8 @@ struct Statement
     static inline const QString kFontFamily = QStringLiteral("Courier New");
 
     QVector<StatementLine> lines;
+    // Printed at the top of every page after the first, so that a loose page still says whose it is.
+    StatementLine pageHeading;
     // The header picture, drawn on the first page only; no path, no picture. Its place is in twips.
     QString picturePath;
     QRect pictureTwips{4000, 40, 4200, 1300};
@@ -86,8 +88,11 @@ Statement buildStatement(const StatementInput& input, const PadWidthFn& padWidth
 QFont statementFont(const StatementLine& line);
 
 // Paints the statement onto an open printer: the picture where its twips say, then the lines one under the
-// other, each as high as its font, on as many pages as they need. Throws when the printer cannot be
-// started, or when a picture that exists cannot be read.
+// other, each as high as its font, on as many pages as they need, at least 7 mm from either side of the
+// paper. A line too wide for the page at its size is painted in the size that fits. A statement of
+// several pages repeats its page heading on the pages after the first and numbers every page at its foot
+// ("Pagina 1 di 3"). Throws when the printer cannot be started, or when a picture that exists cannot be
+// read.
 void printStatement(const Statement& statement, QPrinter& printer);
 
 } // namespace xv::printing

@@ -29,14 +29,6 @@ QByteArray run(const QString& program, const QStringList& arguments)
     return process.readAllStandardOutput();
 }
 
-struct Word
-{
-    QString text;
-    double xMin = 0;
-    double xMax = 0;
-    double height = 0;
-};
-
 } // namespace
 
 QString pdfLayoutText(const QString& path)
@@ -75,11 +67,9 @@ QStringList pdfLayoutLines(const QString& path)
     return lines;
 }
 
-QVector<PdfLine> pdfLines(const QString& path)
+QVector<PdfWord> pdfWords(const QString& path)
 {
-    // Words by page and by the top of their line, which the words of one printed line share.
-    QMap<std::pair<int, qint64>, QVector<Word>> rows;
-    double left = std::numeric_limits<double>::max();
+    QVector<PdfWord> words;
     QXmlStreamReader xml(
         run(QStringLiteral("pdftotext"), {QStringLiteral("-bbox"), path, QStringLiteral("-")}));
     int page = 0;
@@ -91,32 +81,43 @@ QVector<PdfLine> pdfLines(const QString& path)
         } else if (xml.name() == QLatin1String("word")) {
             const QXmlStreamAttributes a = xml.attributes();
             const auto number = [&a](const char* name) { return a.value(QLatin1String(name)).toDouble(); };
-            Word word{QString(), number("xMin"), number("xMax"), number("yMax") - number("yMin")};
-            word.text = xml.readElementText();
-            left = std::min(left, word.xMin);
-            rows[{page, std::llround(number("yMin") * 100)}].append(word);
+            const QRectF box(QPointF(number("xMin"), number("yMin")),
+                             QPointF(number("xMax"), number("yMax")));
+            words.append({xml.readElementText(), box, page});
         }
+    }
+    return words;
+}
+
+QVector<PdfLine> pdfLines(const QString& path)
+{
+    // Words by page and by the top of their line, which the words of one printed line share.
+    QMap<std::pair<int, qint64>, QVector<PdfWord>> rows;
+    double left = std::numeric_limits<double>::max();
+    for (const PdfWord& word : pdfWords(path)) {
+        left = std::min(left, word.box.left());
+        rows[{word.page, std::llround(word.box.top() * 100)}].append(word);
     }
     QVector<PdfLine> lines;
     for (auto row = rows.cbegin(); row != rows.cend(); ++row) {
         double pitch = 0;
         qsizetype longest = 0;
-        for (const Word& word : *row) {
+        for (const PdfWord& word : *row) {
             if (word.text.size() > longest) {
                 longest = word.text.size();
-                pitch = (word.xMax - word.xMin) / static_cast<double>(word.text.size());
+                pitch = word.box.width() / static_cast<double>(word.text.size());
             }
         }
         PdfLine line;
         line.page = row.key().first;
-        for (const Word& word : *row) {
-            const auto column = static_cast<qsizetype>(std::lround((word.xMin - left) / pitch));
+        for (const PdfWord& word : *row) {
+            const auto column = static_cast<qsizetype>(std::lround((word.box.left() - left) / pitch));
             if (line.text.size() < column)
                 line.text += QString(column - line.text.size(), QLatin1Char(' '));
             else if (!line.text.isEmpty())
                 line.text += QLatin1Char(' ');
             line.text += word.text;
-            line.height = std::max(line.height, word.height);
+            line.height = std::max(line.height, word.box.height());
         }
         lines << line;
     }

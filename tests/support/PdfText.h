@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QRectF>
 #include <QString>
 #include <QStringList>
 #include <QVector>
@@ -12,6 +13,15 @@ namespace xv::test {
 // The text as pdftotext -layout gives it, one entry per printed line, trailing blanks and empty lines
 // removed; pages follow one another.
 QStringList pdfLayoutLines(const QString& path);
+
+// Every printed word, its box in points from the page's top left corner (pdftotext -bbox).
+struct PdfWord
+{
+    QString text;
+    QRectF box;
+    int page = 1;
+};
+QVector<PdfWord> pdfWords(const QString& path);
 
 // The lines of a document printed in a fixed-pitch font, rebuilt from the place of every word
 // (pdftotext -bbox): each word at its own character column, so the blanks between words are exactly those
