@@ -18,6 +18,13 @@
 
 namespace xv::form {
 
+namespace {
+
+const QString kNoAgentText = QStringLiteral("Questo articolo non ha un agente del fornitore a cui scrivere: "
+                                            "la mail di riordino NON è stata inviata.");
+
+} // namespace
+
 QLabel* frm_Commissioni::lblInfoArt(int index) const
 {
     return m_lblInfoArt.value(index);
@@ -39,6 +46,13 @@ void frm_Commissioni::Informazioni_MED()
     try {
         m_ui->lbl_MsgCodice->setVisible(false);
         m_articleMissing = false;
+        // The reorder offered and the agent shown belong to the article looked up before: no lookup, not
+        // even one that fails, may leave them to this one.
+        m_reorder.reset();
+        m_ui->btn_SendMail->setEnabled(false);
+        m_panel.agent.reset();
+        lblInfo(22)->clear();
+        setTag(lblInfo(22), QString());
         if (code.isEmpty())
             return;
         host::IHost& h = host::host();
@@ -59,12 +73,10 @@ void frm_Commissioni::Informazioni_MED()
         };
         // The stock is shown once the agent is read, as it always was: a failing agent query leaves it.
         view.agent = [this, &h, &shown](const std::optional<lines::Agent>& agent) {
-            // Without a supplier on record the agent shown stays: it may still be the one to ask.
+            m_panel.agent = agent;
             if (agent) {
-                m_panel.agentName = agent->name;
-                m_panel.agentEmail = agent->email;
-                lblInfo(22)->setText(m_panel.agentName);
-                setTag(lblInfo(22), m_panel.agentEmail);
+                lblInfo(22)->setText(agent->name);
+                setTag(lblInfo(22), agent->email);
             }
             m_panel.realStock = shown->quantitaReale;
             m_ui->lbl_quantita_reale->setText(shown->quantitaReale);
@@ -102,6 +114,8 @@ void frm_Commissioni::ResetInfoArticolo()
         setTag(lblInfo(22), QString());
         m_ui->txt_rowidArticolo->clear();
         m_panel = {};
+        m_reorder.reset();
+        m_ui->btn_SendMail->setEnabled(false);
     } catch (...) {
         host::host().ReportError(QStringLiteral("frm_Commissioni.ResetInfoArticolo"), QString(), true);
     }
@@ -126,22 +140,18 @@ void frm_Commissioni::CheckPreInserimentoArticolo()
 void frm_Commissioni::CheckQtaMED()
 {
     m_ui->btn_SendMail->setEnabled(false);
-    m_reorderMail = false;
     host::IHost& h = host::host();
     const lines::StockCheck check =
         lines::checkStock(h.GetSetting(QStringLiteral("COMM"), QStringLiteral("CheckQtaMED"),
                                        QStringLiteral("0"), QStringLiteral("docs")),
                           m_ui->txt_qta->text(), m_panel.realStock);
-    if (check.mailAllowed) {
-        m_missingQuantity = check.missing;
-        m_reorderMail = true;
-        m_mailCode = m_ui->txt_codice->text();
-        m_mailDescription = m_ui->txt_descrizione->text();
-        m_ui->btn_SendMail->setEnabled(true);
-    }
+    m_reorder =
+        lines::reorderOffer(check, m_panel.agent, m_ui->txt_codice->text(), m_ui->txt_descrizione->text());
+    m_ui->btn_SendMail->setEnabled(m_reorder.has_value());
     if (check.ask) {
+        const lines::Agent agent = m_panel.agent.value_or(lines::Agent{});
         m_reorderQuestion = lines::reorderQuestion(m_panel.realStock, m_ui->txt_qta->text(), check.missing,
-                                                   m_panel.agentName, m_panel.agentEmail);
+                                                   agent.name, agent.email);
         if (host::Dialogs::message(m_reorderQuestion, host::Buttons::YesNo, host::Icon::Question,
                                    h.GetAppTitle()) == host::Answer::Yes)
             InviaRiordino();
@@ -153,15 +163,16 @@ void frm_Commissioni::CheckQtaMED()
 void frm_Commissioni::InviaRiordino()
 {
     host::IHost& h = host::host();
-    // No agent on the panel: nobody to write to, and nothing to say.
-    const std::optional<lines::ReorderMail> mail =
-        lines::reorderMail({m_panel.agentName, m_panel.agentEmail, m_mailCode, m_mailDescription,
-                            m_missingQuantity, m_ui->txt_dataRitiro1->text(), h.GetDataName(),
-                            h.GetMailFooter()});
-    if (!mail)
+    if (!m_reorder) {
+        // Only the question, asked whatever the agent, gets here without an offer: the article has no agent.
+        // A Yes met with silence would read as a mail sent.
+        host::Dialogs::message(kNoAgentText, host::Buttons::Ok, host::Icon::Exclamation, h.GetAppTitle());
         return;
+    }
+    const lines::ReorderMail mail =
+        lines::reorderMail(*m_reorder, m_ui->txt_dataRitiro1->text(), h.GetDataName(), h.GetMailFooter());
     QString result;
-    h.SendMail(mail->recipient, mail->subject, mail->body, QString(), QString(), result);
+    h.SendMail(mail.recipient, mail.subject, mail.body, QString(), QString(), result);
     host::Dialogs::message(result, host::Buttons::Ok, host::Icon::Information, h.GetAppTitle());
 }
 
@@ -188,7 +199,8 @@ void frm_Commissioni::btn_SendMail_Click()
 void frm_Commissioni::tAgenti_Click(int index)
 {
     try {
-        // The agent picked is read and deliberately not used: the mail goes to the agent of the panel.
+        // The agent picked is read and deliberately not used: the mail goes to the agent of the article on
+        // the panel, for which the reorder was offered.
         const QAction* picked = m_tAgenti->item(index);
         [[maybe_unused]] const QString name = picked->text();
         [[maybe_unused]] const QString email = tagOf(picked);

@@ -2,34 +2,41 @@
 #include "ReorderMail.h"
 
 #include "common/Dates.h"
-#include "lines/ArticleInfo.h"
 
 #include <QStringList>
 
 namespace xv::lines {
+
+std::optional<ReorderOffer> reorderOffer(const StockCheck& check, const std::optional<Agent>& agent,
+                                         const QString& articleCode, const QString& articleDescription)
+{
+    // An agent without a name is none: the mail would greet nobody.
+    if (!check.mailAllowed || !agent || agent->name.isEmpty())
+        return std::nullopt;
+    return ReorderOffer{*agent, articleCode, articleDescription, check.missing};
+}
 
 QString deliveryDate(const QString& firstPickUp)
 {
     return common::longDate(common::toDate(firstPickUp).addDays(-10));
 }
 
-std::optional<ReorderMail> reorderMail(const ReorderRequest& request)
+ReorderMail reorderMail(const ReorderOffer& offer, const QString& firstPickUp, const QString& dataName,
+                        const QString& footer)
 {
-    if (request.agentName.isEmpty())
-        return std::nullopt;
     const QStringList lines = {
-        QStringLiteral("Salve Sig. ") + request.agentName + QStringLiteral(", "),
+        QStringLiteral("Salve Sig. ") + offer.agent.name + QStringLiteral(", "),
         QStringLiteral("Richiediamo il Riordino delle quantità mancanti per l'articolo in oggetto"),
         QString(),
         QStringLiteral("Di seguito i Dettagli: "),
-        QStringLiteral("- Codice Articolo       : ") + request.articleCode,
-        QStringLiteral("- Descrizione Articolo  : ") + request.articleDescription,
-        QStringLiteral("- Quantita' da ordinare : ") + missingText(request.missing),
-        QStringLiteral("- Data Consegna merce   : ") + deliveryDate(request.firstPickUp),
+        QStringLiteral("- Codice Articolo       : ") + offer.articleCode,
+        QStringLiteral("- Descrizione Articolo  : ") + offer.articleDescription,
+        QStringLiteral("- Quantita' da ordinare : ") + missingText(offer.missing),
+        QStringLiteral("- Data Consegna merce   : ") + deliveryDate(firstPickUp),
         QStringLiteral("Cordiali Saluti,"),
-        request.dataName + request.footer,
+        dataName + footer,
     };
-    return ReorderMail{request.agentEmail, QStringLiteral("Riordino Articolo: ") + request.articleCode,
+    return ReorderMail{offer.agent.email, QStringLiteral("Riordino Articolo: ") + offer.articleCode,
                        lines.join(QStringLiteral("\r\n"))};
 }
 

@@ -199,6 +199,9 @@ TEST_P(ArticlePanelTest, TheStockCheckOffersTheReorderOnlyWhenSwitchedOnAndShort
     typeAndEnter("txt_qta", "9");
     EXPECT_EQ(dialogs.messages().size(), before + 1);
     EXPECT_TRUE(mailButton()->isEnabled());
+    // A code that finds nothing withdraws the offer as another article's would.
+    typeAndEnter("txt_codice", "XYZ");
+    EXPECT_FALSE(mailButton()->isEnabled());
 }
 
 TEST_P(ArticlePanelTest, TheDuplicateLineCheckFindsAPaddedCodeButNotAnotherCase)

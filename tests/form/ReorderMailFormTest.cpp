@@ -6,6 +6,7 @@
 #include "TestOrders.h"
 
 #include "form/FormAdapters.h"
+#include "lines/ArticleInfo.h"
 
 #include <QLabel>
 #include <QMenu>
@@ -29,25 +30,35 @@ protected:
                      "('A', 'Amato Rita', 'rita@esempio.it'), ('A', 'Bianchi Luca', 'luca@esempio.it'), "
                      "('C', 'Cliente Carla', 'carla@esempio.it')");
         addArticle("A5", "Cuore d'argento", 25000, 5, 5);
-        if (withSupplier) {
-            const int agentId =
-                Recordset::open(db(), "select rowid from controparti where ragsoc='Bianchi Luca'")
-                    .value("rowid")
-                    .toInt();
-            db().executeBound(
-                "insert into controparti (tipocontroparte, ragsoc, codagente) values ('F', 'Fornitore', ?)",
-                {agentId});
-            const int supplierId =
-                Recordset::open(db(), "select max(rowid) as id from controparti").value("id").toInt();
-            test::addOrderLine(db(), "3", QDate(m_year - 1, 1, 10),
-                               {{"Tipomovimento", "CF"},
-                                {"documento", "DDTF"},
-                                {"rowid_controparti", supplierId},
-                                {"codice_med", "A5"},
-                                {"qta", 50}});
-        }
+        if (withSupplier)
+            addSupplierOf("A5", "Bianchi Luca");
         m_host->SaveSetting("COMM", "CheckQtaMED", "1", "docs");
     }
+    // A supplier whose agent is the one named, and a delivery note of the article from that supplier.
+    void addSupplierOf(const QString& code, const QString& agent)
+    {
+        const int agentId =
+            Recordset::open(db(), "select rowid from controparti where ragsoc='" + agent + "'")
+                .value("rowid")
+                .toInt();
+        db().executeBound(
+            "insert into controparti (tipocontroparte, ragsoc, codagente) values ('F', 'Fornitore', ?)",
+            {agentId});
+        const int supplierId =
+            Recordset::open(db(), "select max(rowid) as id from controparti").value("id").toInt();
+        test::addOrderLine(db(), "3", QDate(m_year - 1, 1, 10),
+                           {{"Tipomovimento", "CF"},
+                            {"documento", "DDTF"},
+                            {"rowid_controparti", supplierId},
+                            {"codice_med", code},
+                            {"qta", 50}});
+    }
+    void typeAndEnter(const char* name, const QString& text)
+    {
+        type(name, text);
+        pressEnter(name);
+    }
+    QPushButton* mailButton() const { return m_form->findChild<QPushButton*>("btn_SendMail"); }
     // The article typed and 8 asked, which is 3 more than the stock: the question comes.
     // reply: the box expected after the question, if any.
     void askForEight(test::ScriptedDialogs& dialogs, host::Answer answer, const QString& reply = {},
@@ -66,9 +77,8 @@ protected:
     // The mail button's list of agents, and a pick of one of them.
     QStringList openAgentsList()
     {
-        QPushButton* button = m_form->findChild<QPushButton*>("btn_SendMail");
-        EXPECT_TRUE(button->isEnabled());
-        QTest::mouseClick(button, Qt::LeftButton);
+        EXPECT_TRUE(mailButton()->isEnabled());
+        QTest::mouseClick(mailButton(), Qt::LeftButton);
         QStringList shown;
         for (QAction* item : m_form->mAgenti()->actions())
             shown << item->text() + " " + form::tagOf(item);
@@ -134,19 +144,39 @@ TEST_P(ReorderMailFormTest, WhicheverAgentIsPickedTheMailGoesToThePanelsAgent)
     EXPECT_EQ(received[0].subject, "Riordino Articolo: A5");
 }
 
-TEST_P(ReorderMailFormTest, WithNoAgentOnThePanelNeitherTheQuestionNorTheListSendsAnything)
+TEST_P(ReorderMailFormTest, AnotherCodeWithdrawsTheReorderAndAnArticleWithoutAgentTakesNoneFromTheLastOne)
 {
     test::MailServer server;
     XV_REQUIRE_MAIL_SERVER(server);
     test::useMailServer(*m_host, server.port());
-    addShop(false);
+    addShop();
+    addArticle("B6", "Cuore di vetro", 30000, 2, 2);
+    addSupplierOf("B6", "Amato Rita");
+    addArticle("C7", "Senza fornitore", 10000, 1, 1);
     test::ScriptedDialogs dialogs;
-    askForEight(dialogs, host::Answer::Yes);
-    ASSERT_EQ(m_form->lblInfo(22)->text(), "");
-    EXPECT_EQ(openAgentsList().size(), 2);
-    pick(1);
-    EXPECT_EQ(dialogs.messages().size(), 1) << "the question only, and no word after it";
-    EXPECT_TRUE(server.received().isEmpty());
+    askForEight(dialogs, host::Answer::No);
+    ASSERT_TRUE(mailButton()->isEnabled());
+
+    // A5's request is no longer offered once B6, with an agent of its own, is on the panel.
+    typeAndEnter("txt_codice", "B6");
+    EXPECT_EQ(m_form->lblInfo(22)->text(), "Amato Rita");
+    EXPECT_FALSE(mailButton()->isEnabled());
+    dialogs.expectMessage("Inviare una Mail per la fornitura ?", host::Answer::Yes);
+    dialogs.expectMessage("Mail inviata a rita@esempio.it");
+    typeAndEnter("txt_qta", "8");
+
+    // C7 has no supplier: nobody is named, nothing is offered, and a Yes is told that nothing went.
+    typeAndEnter("txt_codice", "C7");
+    EXPECT_EQ(m_form->lblInfo(22)->text(), "");
+    dialogs.expectMessage(lines::reorderQuestion("1", "8", 7, "", ""), host::Answer::Yes);
+    dialogs.expectMessage("la mail di riordino NON è stata inviata");
+    typeAndEnter("txt_qta", "8");
+    EXPECT_FALSE(mailButton()->isEnabled());
+
+    const QVector<test::ReceivedMail> received = server.received();
+    ASSERT_EQ(received.size(), 1);
+    EXPECT_EQ(received[0].recipients, QStringList{"rita@esempio.it"});
+    EXPECT_EQ(received[0].subject, "Riordino Articolo: B6");
     EXPECT_TRUE(m_host->reported.isEmpty()) << m_host->reported.join('\n').toStdString();
 }
 

@@ -11,10 +11,11 @@ using namespace xv;
 using common::test::errorNumberOf;
 using common::test::TypeMismatch;
 
-lines::ReorderRequest request(const QString& agentName, const QString& firstPickUp)
+const lines::ReorderOffer kOffer{{"Bianchi Luca", "luca@esempio.it"}, "BOM001", "Cuore d'argento", 3.5f};
+
+lines::ReorderMail mailFor(const QString& firstPickUp)
 {
-    return {agentName, "luca@esempio.it", "BOM001",        "Cuore d'argento",
-            3.5f,      firstPickUp,       "Negozio Rossi", "\n\n--\nxVELARIO"};
+    return lines::reorderMail(kOffer, firstPickUp, "Negozio Rossi", "\n\n--\nxVELARIO");
 }
 
 TEST(ReorderMail, DeliveryIsAskedForTenDaysBeforeTheFirstPickUp)
@@ -28,23 +29,36 @@ TEST(ReorderMail, DeliveryIsAskedForTenDaysBeforeTheFirstPickUp)
         EXPECT_EQ(lines::deliveryDate(pickUp), delivery) << pickUp;
 }
 
-TEST(ReorderMail, GoesToThePanelsAgentWithTheMissingQuantityAsADecimal)
+TEST(ReorderMail, GoesToTheOffersAgentWithTheMissingQuantityAsADecimal)
 {
-    const std::optional<lines::ReorderMail> mail = lines::reorderMail(request("Bianchi Luca", "20/06/2026"));
-    ASSERT_TRUE(mail);
-    EXPECT_EQ(mail->recipient, "luca@esempio.it");
-    EXPECT_TRUE(mail->body.contains("\r\n- Quantita' da ordinare : 3,5\r\n")) << mail->body.toStdString();
-    EXPECT_TRUE(mail->body.endsWith("\r\nCordiali Saluti,\r\nNegozio Rossi\n\n--\nxVELARIO"));
+    const lines::ReorderMail mail = mailFor("20/06/2026");
+    EXPECT_EQ(mail.recipient, "luca@esempio.it");
+    EXPECT_TRUE(mail.body.startsWith("Salve Sig. Bianchi Luca, \r\n")) << mail.body.toStdString();
+    EXPECT_TRUE(mail.body.contains("\r\n- Quantita' da ordinare : 3,5\r\n")) << mail.body.toStdString();
+    EXPECT_TRUE(mail.body.endsWith("\r\nCordiali Saluti,\r\nNegozio Rossi\n\n--\nxVELARIO"));
 }
 
-TEST(ReorderMail, NoAgentNoMailAndAPickUpThatIsNoDateIsATypeMismatch)
+TEST(ReorderMail, APickUpThatIsNoDateIsATypeMismatch)
 {
-    EXPECT_FALSE(lines::reorderMail(request("", "20/06/2026")));
-    EXPECT_FALSE(lines::reorderMail(request("", "domani"))) << "without an agent the date is never read";
-    for (const char* notADate : {"", "domani", "31/02/2026"}) {
-        EXPECT_EQ(errorNumberOf([&] { lines::reorderMail(request("Bianchi Luca", notADate)); }), TypeMismatch)
-            << notADate;
-    }
+    for (const char* notADate : {"", "domani", "31/02/2026"})
+        EXPECT_EQ(errorNumberOf([&] { mailFor(notADate); }), TypeMismatch) << notADate;
+}
+
+TEST(ReorderMail, IsOfferedOnlyWhenTheStockCheckAllowsItAndTheArticleHasAnAgentOfItsOwn)
+{
+    const lines::StockCheck allowed{true, true, 3.5f};
+    const lines::Agent agent{"Bianchi Luca", "luca@esempio.it"};
+    EXPECT_FALSE(lines::reorderOffer(lines::StockCheck{}, agent, "BOM001", "Cuore d'argento"));
+    EXPECT_FALSE(lines::reorderOffer(allowed, std::nullopt, "BOM001", "Cuore d'argento"));
+    EXPECT_FALSE(
+        lines::reorderOffer(allowed, lines::Agent{"", "luca@esempio.it"}, "BOM001", "Cuore d'argento"));
+
+    const std::optional<lines::ReorderOffer> offer =
+        lines::reorderOffer(allowed, agent, "BOM001", "Cuore d'argento");
+    ASSERT_TRUE(offer);
+    EXPECT_EQ(offer->agent.email, "luca@esempio.it");
+    EXPECT_EQ(offer->articleCode, "BOM001");
+    EXPECT_EQ(offer->missing, 3.5f);
 }
 
 } // namespace
