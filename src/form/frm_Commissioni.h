@@ -4,6 +4,7 @@
 #include "common/Money.h"
 #include "form/FormAdapters.h"
 #include "lines/ArticleStore.h"
+#include "lines/ReorderMail.h"
 #include "orders/ModuleSettings.h"
 #include "orders/NewLine.h"
 #include "orders/Order.h"
@@ -134,8 +135,8 @@ public:
     qint16 existingRow() const { return m_existingRow; }
     qint32 rowidMed() const { return m_rowidMed; }
     // What the last stock check left for the reorder mail.
-    float missingQuantity() const { return m_missingQuantity; }
-    bool reorderMailAllowed() const { return m_reorderMail; }
+    float missingQuantity() const { return m_reorder ? m_reorder->missing : 0; }
+    bool reorderMailAllowed() const { return m_reorder.has_value(); }
     const QString& reorderQuestionText() const { return m_reorderQuestion; }
 
     // --- reorder mail
@@ -301,17 +302,13 @@ private:
     struct ArticlePanel
     {
         QString realStock;
-        QString agentName;
-        QString agentEmail;
+        std::optional<lines::Agent> agent; // the shown article's own; none without a supplier on record
     };
     ArticlePanel m_panel;
     bool m_articleMissing = false; // the code last looked up is not in the catalogue
-    // The stock check's outcome, and the article it was made for, for the reorder mail.
-    float m_missingQuantity = 0;
-    bool m_reorderMail = false;
+    // The reorder the last stock check offered, for the article still on the panel: any lookup withdraws it.
+    std::optional<lines::ReorderOffer> m_reorder;
     QString m_reorderQuestion;
-    QString m_mailCode;
-    QString m_mailDescription;
     // The agents' pop-up list of the reorder mail button.
     void setupReorderMail();
     QMenu* m_mAgenti = nullptr;
