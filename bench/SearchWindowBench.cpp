@@ -173,7 +173,7 @@ void measure(benchmark::State& state, data::Engine engine, Operation operation)
         return;
     }
     const auto rawSql = [engine](const QString& text) {
-        return data::rewriteSql(orders::orderSearchSql(text, hostui::ListWindow::kSearchLimit), engine)
+        return data::rewriteSql(orders::orderSearchSql("CO", text, hostui::ListWindow::kSearchLimit), engine)
             .toUtf8();
     };
 

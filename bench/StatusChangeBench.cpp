@@ -28,7 +28,7 @@ constexpr int kOrders = 500;
 
 int ordersIn(host::Host& h, const QString& state)
 {
-    return static_cast<int>(h.OpenRecordset(orders::orderChoiceSql(state, {}, kOrders)).recordCount());
+    return static_cast<int>(h.OpenRecordset(orders::orderChoiceSql("CO", state, {}, kOrders)).recordCount());
 }
 
 void changeStateOfFiveHundredOrders(benchmark::State& state, data::Engine engine)

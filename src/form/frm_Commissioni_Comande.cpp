@@ -66,14 +66,19 @@ bool askYesNo(const QString& question)
 
 // The orders the operator chose among those of the source in a state (any state for an empty one), as the
 // lists of numbers and series; empty when none came back.
-orders::ChosenOrders chooseOrders(const QString& source, const QString& state, const QString& caption)
+orders::ChosenOrders chooseOrders(const orders::ModuleSettings& settings, const QString& state,
+                                  const QString& caption)
 {
     host::IListWindow& list = host::listWindow();
+    const QString& source = settings.sql_Commissioni;
     bool confirmed = false;
+    // The orders offered are those of the kind the change of state and the slips then take.
     if (orders::isOrderHeaderView(source))
         list.SelectFromPages(
-            [state](const QString& text, int limit) { return orders::orderChoiceSql(state, text, limit); }, 1,
-            caption, confirmed);
+            [state, kind = settings.tipomovimento](const QString& text, int limit) {
+                return orders::orderChoiceSql(kind, state, text, limit);
+            },
+            1, caption, confirmed);
     else
         list.SelectFromList(state.isEmpty() ? source : orders::statusChoiceSql(source, state), 1, caption,
                             confirmed);
@@ -131,8 +136,7 @@ void frm_Commissioni::tbComandi_ButtonMenuClick(QAction* entry)
 void frm_Commissioni::Documenti_StampaCControllo(const QString& fromState, const QString& toState)
 {
     try {
-        m_chosen = chooseOrders(m_settings.sql_Commissioni, fromState,
-                                printing::statusChoiceCaption(fromState, toState));
+        m_chosen = chooseOrders(m_settings, fromState, printing::statusChoiceCaption(fromState, toState));
         if (!m_chosen.isEmpty() && askYesNo(printing::statusQuestion(toState)))
             orders::changeState(host::host(), fromState, toState, m_chosen, m_settings.tipomovimento);
     } catch (...) {
@@ -144,7 +148,7 @@ void frm_Commissioni::Documenti_StampaCControllo(const QString& fromState, const
 void frm_Commissioni::Documenti_CO_StampaControllo()
 {
     try {
-        m_chosen = chooseOrders(m_settings.sql_Commissioni, QString(),
+        m_chosen = chooseOrders(m_settings, QString(),
                                 QStringLiteral("Elenco delle Commissioni di cui stampare le righe"));
         if (!m_chosen.isEmpty())
             Documento_StampaCControllo(2);
@@ -159,15 +163,16 @@ void frm_Commissioni::Documento_StampaCControllo(qint16 mode)
     host::IHost& h = host::host();
     try {
         const printing::SlipScope scope = printing::slipScope(mode);
-        const QString numero = m_ui->txt_numeroCommissione->text();
+        // The slips are those of the order open, whatever number is typed in the box.
+        const QString& numero = m_order.numero;
         const QString& serie = m_order.serie;
         QString sql;
         switch (scope) {
         case printing::SlipScope::OpenOrder:
-            sql = orders::slipSqlForOrder(numero, serie);
+            sql = orders::slipSqlForOrder(m_order.orderKey());
             break;
         case printing::SlipScope::ChosenOrders:
-            sql = orders::slipSqlForChosen(m_chosen);
+            sql = orders::slipSqlForChosen(m_chosen, m_settings.tipomovimento);
             break;
         case printing::SlipScope::SelectedLine: {
             const lines::FlexGrid* g = grid();
@@ -175,7 +180,7 @@ void frm_Commissioni::Documento_StampaCControllo(qint16 mode)
             const QString rowid = row >= lines::FirstDataRow && row < g->rows()
                                       ? g->textMatrix(row, lines::Col_rowid)
                                       : QString();
-            sql = orders::slipSqlForLine(static_cast<qint64>(common::numericValue(rowid)));
+            sql = orders::slipSqlForLine(static_cast<qint64>(common::numericValue(rowid)), m_order.orderKey());
             break;
         }
         }

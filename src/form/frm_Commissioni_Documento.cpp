@@ -119,7 +119,10 @@ void frm_Commissioni::showCustomer()
 
 void frm_Commissioni::Documento_Trova()
 {
-    const auto chosen = host::listWindow().Search(QStringLiteral("Trova Commissioni"), orders::orderSearchSql);
+    const auto chosen = host::listWindow().Search(
+        QStringLiteral("Trova Commissioni"), [kind = m_settings.tipomovimento](const QString& text, int limit) {
+            return orders::orderSearchSql(kind, text, limit);
+        });
     if (!chosen || chosen->size() <= orders::Search_documento)
         return;
     // The chosen row names exactly one order, of whatever year.

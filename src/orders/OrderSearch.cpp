@@ -46,13 +46,13 @@ QString newestFirst(const QString& table)
 
 // The keys of the newest orders whose rows meet the condition, at most limit of them, and when asked the
 // first of those rows as primo.
-QString newestKeys(const QString& condition, int limit, bool withFirstRow = false)
+QString newestKeys(const QString& orderKind, const QString& condition, int limit, bool withFirstRow = false)
 {
     return QStringLiteral("select documento, serie, numero") +
            (withFirstRow ? QStringLiteral(", min(rowid) as primo") : QString()) +
            QStringLiteral(" from movimenti "
-                          "where documento & '' in (select tipodocumento from numeratori where codtipodoc='CO')") +
-           condition + QStringLiteral(" group by serie, length(numero), numero, documento") + newestFirst({}) +
+                          "where documento & '' in (select tipodocumento from numeratori where codtipodoc='") +
+           sqlEscape(orderKind) + QStringLiteral("')") + condition + QStringLiteral(" group by serie, length(numero), numero, documento") + newestFirst({}) +
            QStringLiteral(" limit ") + QString::number(limit);
 }
 
@@ -72,7 +72,7 @@ QString rowsOf(const QString& alias)
 // through "& ''" on purpose: a plain comparison would lead SQLite into the index by document type, which
 // must then sort every order before the first one can be shown. A customer name or a ceremony is never
 // all digits, so such a text looks for the order number alone, straight through its index.
-QString orderSearchSql(const QString& filterText, int limit)
+QString orderSearchSql(const QString& orderKind, const QString& filterText, int limit)
 {
     // The first row and the total are looked up per key before the join, so that each engine reaches the
     // first row by its key instead of testing every row against a subquery.
@@ -80,7 +80,7 @@ QString orderSearchSql(const QString& filterText, int limit)
         QStringLiteral("select k.documento as documento, k.serie as serie, k.numero as numero, "
                        "(select min(f.rowid)") + rowsOf(QStringLiteral("f")) +
         QStringLiteral(" as primo, (select sum(s.totale)") + rowsOf(QStringLiteral("s")) +
-        QStringLiteral(" as totale from (") + newestKeys(filterCondition(filterText), limit) +
+        QStringLiteral(" as totale from (") + newestKeys(orderKind, filterCondition(filterText), limit) +
         QStringLiteral(") k");
     return QStringLiteral("select k.numero as numero, k.serie as serie, m.datadocumento as DataComm, "
                           "m.Nominativo as Nominativo, m.attrib04 as Cerimonia, m.attrib05 as DataCerimonia, "
@@ -96,7 +96,7 @@ QString orderSearchSql(const QString& filterText, int limit)
 // both, so that its rows in either can still be moved. A condition on the first row of each order instead
 // would leave the engine unable to tell how far down the index a page ends, and PostgreSQL then sorts
 // every order in the state before showing the first.
-QString orderChoiceSql(const QString& state, const QString& filterText, int limit)
+QString orderChoiceSql(const QString& orderKind, const QString& state, const QString& filterText, int limit)
 {
     QString condition = filterCondition(filterText);
     if (!state.isEmpty())
@@ -106,7 +106,7 @@ QString orderChoiceSql(const QString& state, const QString& filterText, int limi
                        "(select sum(s.totale)") + rowsOf(QStringLiteral("s")) +
         QStringLiteral(" as totale, (select sum(a.prezzo2)") + rowsOf(QStringLiteral("a")) +
         QStringLiteral(" as acconto, (select count(*)") + rowsOf(QStringLiteral("c")) +
-        QStringLiteral(" as righe from (") + newestKeys(condition, limit, true) + QStringLiteral(") k");
+        QStringLiteral(" as righe from (") + newestKeys(orderKind, condition, limit, true) + QStringLiteral(") k");
     return QStringLiteral("select k.numero as numero, k.serie as serie, k.documento as documento, "
                           "m.datadocumento as DataComm, m.Nominativo as Nominativo, "
                           "m.codenominativo as codenominativo, m.rowid_controparti as rowid_controparti, "

@@ -29,6 +29,12 @@ void appendQuoted(QString& list, const QString& value)
 
 } // namespace
 
+QString ordersOfKind(const QString& orderKind)
+{
+    return QStringLiteral("documento in (select tipodocumento from numeratori where codtipodoc='") +
+           sqlEscape(orderKind) + QStringLiteral("')");
+}
+
 void ChosenOrders::clear()
 {
     numbers.clear();
@@ -68,8 +74,7 @@ QString statusChangeSql(const QString& fromState, const QString& toState, const 
            sqlEscape(toState) + QStringLiteral("' where StatoRiga='") + sqlEscape(fromState) +
            QStringLiteral("' AND numero in (") + chosen.numbers + QStringLiteral(") and serie in (") +
            chosen.series +
-           QStringLiteral(") and documento in (select tipodocumento from numeratori where codtipodoc='") +
-           sqlEscape(orderKind) + QStringLiteral("')");
+           QStringLiteral(") and ") + ordersOfKind(orderKind);
 }
 
 void changeState(host::IHost& host, const QString& fromState, const QString& toState,
@@ -90,21 +95,22 @@ void markOrderCollected(host::IHost& host, const QString& documento, int year, c
     host.GetConnection().execute(collectedStatusSql(documento, year, number));
 }
 
-QString slipSqlForOrder(const QString& numero, const QString& serie)
+QString slipSqlForOrder(const OrderKey& key)
 {
-    return kSlipSelect + QStringLiteral("where numero='") + sqlEscape(numero) +
-           QStringLiteral("' and serie='") + sqlEscape(serie) + QLatin1Char('\'');
+    return kSlipSelect + QStringLiteral("where ") + orderKeyCondition(key);
 }
 
-QString slipSqlForChosen(const ChosenOrders& chosen)
+QString slipSqlForChosen(const ChosenOrders& chosen, const QString& orderKind)
 {
     return kSlipSelect + QStringLiteral("where numero in (") + chosen.numbers +
-           QStringLiteral(") and serie in (") + chosen.series + QStringLiteral(") ORDER BY numero asc");
+           QStringLiteral(") and serie in (") + chosen.series + QStringLiteral(") and ") +
+           ordersOfKind(orderKind) + QStringLiteral(" ORDER BY numero asc");
 }
 
-QString slipSqlForLine(qint64 rowid)
+QString slipSqlForLine(qint64 rowid, const OrderKey& key)
 {
-    return kSlipSelect + QStringLiteral("where rowid=") + QString::number(rowid);
+    return kSlipSelect + QStringLiteral("where rowid=") + QString::number(rowid) + QStringLiteral(" and ") +
+           orderKeyCondition(key);
 }
 
 QString cardsListSql(const QDate& day)

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "orders/Order.h"
+
 #include <QDate>
 #include <QString>
 
@@ -26,6 +28,10 @@ struct ChosenOrders
     bool isEmpty() const { return numbers.isEmpty(); }
     void clear();
 };
+
+// The condition on a row's document type that keeps the documents the order counters of this kind (the
+// module's tipomovimento, "CO") hand out, and no delivery note that shares their numbers.
+QString ordersOfKind(const QString& orderKind);
 
 // Reads every row from the first: the number is the first column, the series the second.
 ChosenOrders chosenOrders(data::Recordset& rows);
@@ -53,10 +59,12 @@ void changeState(host::IHost& host, const QString& fromState, const QString& toS
 QString collectedStatusSql(const QString& documento, int year, const QString& number);
 void markOrderCollected(host::IHost& host, const QString& documento, int year, const QString& number);
 
-// The rows the control slips print: every line of one order, the lines of the chosen orders, one line.
-QString slipSqlForOrder(const QString& numero, const QString& serie);
-QString slipSqlForChosen(const ChosenOrders& chosen);
-QString slipSqlForLine(qint64 rowid);
+// The rows the control slips print: every line of one order, the lines of the chosen orders (of the
+// document type the order counters of orderKind hand out), one line of one order. A delivery note that
+// shares a number and a series is another document: the workshop gets no slip for it.
+QString slipSqlForOrder(const OrderKey& key);
+QString slipSqlForChosen(const ChosenOrders& chosen, const QString& orderKind);
+QString slipSqlForLine(qint64 rowid, const OrderKey& key);
 
 // The cards to prepare for one day: the orders of that date that ask for cards.
 QString cardsListSql(const QDate& day);

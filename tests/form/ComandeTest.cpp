@@ -142,7 +142,7 @@ TEST_P(ComandeTest, ThreeChosenOrdersOfTwoSeriesChangeStateWithEveryRowTheirNumb
         EXPECT_EQ(lists.requests()[0].sql,
                   source == QString("mie_commissioni")
                       ? QString("SELECT * FROM mie_commissioni WHERE [STATO COMMISSIONE]='%1'").arg(c.from)
-                      : orders::orderChoiceSql(c.from, {}, hostui::ListWindow::kSearchLimit));
+                      : orders::orderChoiceSql("CO", c.from, {}, hostui::ListWindow::kSearchLimit));
         EXPECT_TRUE(lists.requests()[0].multiSelect);
         EXPECT_EQ(dialogs.messages().value(0).icon, host::Icon::Question);
         const QString moved = QString(c.to) + ' ' + c.toKind;
@@ -205,7 +205,7 @@ TEST_P(ComandeTest, SlipsOfTheChosenOrdersOfTheSelectedLineAndOfAnOrderWithoutRo
         dialogs.expectMessage("salvato come PDF");
         chooseEntry("PRINT", "SCC_INTERVALLO");
         EXPECT_EQ(lists.requests().value(0).sql,
-                  orders::orderChoiceSql({}, {}, hostui::ListWindow::kSearchLimit));
+                  orders::orderChoiceSql("CO", {}, {}, hostui::ListWindow::kSearchLimit));
     }
     const QStringList files = test::pdfFiles(m_pdfDir.path());
     ASSERT_EQ(files.size(), 1);

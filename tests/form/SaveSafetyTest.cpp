@@ -313,7 +313,7 @@ protected:
     QStringList searchFinds(const QString& text)
     {
         QStringList found;
-        for (data::Recordset rs = m_host->OpenRecordset(orders::orderSearchSql(text, 50)); !rs.eof();
+        for (data::Recordset rs = m_host->OpenRecordset(orders::orderSearchSql("CO", text, 50)); !rs.eof();
              rs.moveNext())
             found << rs.text("numero");
         return found;

@@ -51,7 +51,7 @@ TEST_P(ReportTest, OneSlipPerRowWithItsColumnsDatesDayFirstAndThePictureWhereThe
 
     test::ScriptedDialogs dialogs;
     dialogs.expectMessage("Il documento è stato salvato come PDF in:");
-    EXPECT_EQ(h().PrintReport(orders::slipSqlForOrder("8", "2026")), 5);
+    EXPECT_EQ(h().PrintReport(orders::slipSqlForOrder({"COMM", "8", "2026"})), 5);
 
     const QStringList files = test::pdfFiles(m_pdfDir.path());
     ASSERT_EQ(files.size(), 1);
@@ -74,7 +74,7 @@ TEST_P(ReportTest, ABadTextAnswersMinusOneAndNoRowsAnswersZeroWithNothingPrinted
     test::addOrderLine(h().GetConnection(), "8", QDate(2026, 6, 20));
     test::ScriptedDialogs dialogs; // no box: the caller says what went wrong
     EXPECT_EQ(h().PrintReport("SELECT numero, colonna_inesistente FROM movimenti"), -1);
-    EXPECT_EQ(h().PrintReport(orders::slipSqlForOrder("999", "2026")), 0);
+    EXPECT_EQ(h().PrintReport(orders::slipSqlForOrder({"COMM", "999", "2026"})), 0);
     EXPECT_TRUE(test::pdfFiles(m_pdfDir.path()).isEmpty());
 }
 

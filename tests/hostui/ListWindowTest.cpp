@@ -25,6 +25,11 @@
 
 namespace {
 
+QString searchOrders(const QString& text, int limit)
+{
+    return xv::orders::orderSearchSql("CO", text, limit);
+}
+
 using namespace xv;
 using common::Money;
 using hostui::ListAnswer;
@@ -133,14 +138,14 @@ TEST_P(ListWindowTest, SearchOrdersListsNewestFirstAndReturnsNumberThenYear)
         EXPECT_EQ(rowOf(rows, 3)[1].toString(), "2025");
         return ListAnswer{true, {findRow(rows, "Nominativo", "Rossi Maria")}, std::nullopt};
     });
-    const auto order = m_window.Search("Trova Commissioni", orders::orderSearchSql);
+    const auto order = m_window.Search("Trova Commissioni", searchOrders);
     ASSERT_TRUE(order);
     ASSERT_EQ(order->size(), 10);
     EXPECT_EQ(order->mid(0, 4), QStringList({"1", "2025", "10/02/2025", "Rossi Maria"}));
     EXPECT_EQ((*order)[8], Money::fromDouble(10.5).toCurrencyText());
 
     lists.expectCancel("Trova");
-    EXPECT_FALSE(m_window.Search("Trova Commissioni", orders::orderSearchSql));
+    EXPECT_FALSE(m_window.Search("Trova Commissioni", searchOrders));
     EXPECT_TRUE(m_window.GetSelectedRows().isEmpty());
 }
 
@@ -159,7 +164,7 @@ TEST_P(ListWindowTest, AShortenedOrderListStillFindsOlderOrdersByNameOrNumber)
         EXPECT_EQ(found.recordCount(), 2);
         return ListAnswer{true, {findRow(found, "Nominativo", "Rossi Maria")}, found};
     });
-    const auto order = window.Search("Trova Commissioni", orders::orderSearchSql);
+    const auto order = window.Search("Trova Commissioni", searchOrders);
     ASSERT_TRUE(order) << "no search for a shortened list";
     EXPECT_EQ(order->mid(0, 4), QStringList({"1", "2025", "10/02/2025", "Rossi Maria"}));
 }
@@ -171,7 +176,7 @@ TEST_P(ListWindowTest, TheRealSearchWindowReadsAPageAtATimeAsTheListScrollsAndAs
     QStringList counts;
     const host::IListWindow::SearchSql counted = [&counts](const QString& text, int limit) {
         counts << text + ":" + QString::number(limit);
-        return orders::orderSearchSql(text, limit);
+        return orders::orderSearchSql("CO", text, limit);
     };
     QTimer::singleShot(0, [] {
         auto* dialog = qobject_cast<ListDialog*>(QApplication::activeModalWidget());
@@ -258,6 +263,7 @@ TEST_P(ListWindowTest, ThePrintButtonPrintsTheRowsShownThroughTheShopsPrintDesti
     for (const char* shown : {"Commissioni da ritirare", "2 righe", "Nominativo", "Rossi Maria", "Rossi Anna"})
         EXPECT_TRUE(text.contains(shown, Qt::CaseInsensitive)) << shown << "\n" << text.toStdString();
     EXPECT_FALSE(text.contains("Bianchi Luca"));
+
 }
 
 XV_INSTANTIATE_FOR_ENGINES(ListWindowTest);

@@ -49,7 +49,7 @@ protected:
         }
     }
 
-    QStringList plan(const QString& filterText) { return planOf(orders::orderSearchSql(filterText, 20)); }
+    QStringList plan(const QString& filterText) { return planOf(orders::orderSearchSql("CO", filterText, 20)); }
 
     QStringList planOf(const QString& text)
     {
@@ -84,7 +84,7 @@ TEST_P(OrderSearchTest, TheNewestOrdersComeFromTheIndexInTheirOrderWithoutGroupi
 
 TEST_P(OrderSearchTest, APageHoldsTheNewestOrdersWithTheirTotalsAndATypedTextFindsNameCeremonyOrNumber)
 {
-    Recordset page = Recordset::open(db(), orders::orderSearchSql({}, 3));
+    Recordset page = Recordset::open(db(), orders::orderSearchSql("CO", {}, 3));
     QStringList keys;
     for (; !page.eof(); page.moveNext())
         keys << page.text("serie") + "/" + page.text("numero") + "/" + page.text("documento") + "/" +
@@ -99,7 +99,7 @@ TEST_P(OrderSearchTest, APageHoldsTheNewestOrdersWithTheirTotalsAndATypedTextFin
         int found;
     } cases[] = {{"50%_\\", 6}, {"50%_x", 0}, {"GRECO", 6}, {"battes", 20}, {"1499", 1}, {"149", 1}};
     for (const auto& c : cases)
-        EXPECT_EQ(Recordset::open(db(), orders::orderSearchSql(c.typed, 20)).recordCount(), c.found) << c.typed;
+        EXPECT_EQ(Recordset::open(db(), orders::orderSearchSql("CO", c.typed, 20)).recordCount(), c.found) << c.typed;
 }
 
 // Every row of a recordset as its fields' texts, with the field names first.
@@ -138,24 +138,27 @@ TEST_P(OrderSearchTest, APageOfOrdersInAStateHoldsTheViewsRowsNewestFirstWithout
         SCOPED_TRACE(state.toStdString());
         const QStringList rows = view(state);
         ASSERT_GT(rows.size(), 31);
-        EXPECT_EQ(table(Recordset::open(db(), orders::orderChoiceSql(state, {}, 30))), rows.mid(0, 31));
-        EXPECT_EQ(table(Recordset::open(db(), orders::orderChoiceSql(state, {}, 5000))), rows);
+        EXPECT_EQ(table(Recordset::open(db(), orders::orderChoiceSql("CO", state, {}, 30))), rows.mid(0, 31));
+        EXPECT_EQ(table(Recordset::open(db(), orders::orderChoiceSql("CO", state, {}, 5000))), rows);
 
         if (GetParam() == Engine::SQLite) {
-            const QString lines = planOf(orders::orderChoiceSql(state, {}, 20)).join('\n');
+            const QString lines = planOf(orders::orderChoiceSql("CO", state, {}, 20)).join('\n');
             EXPECT_TRUE(lines.contains("ix_movimenti_ordine")) << lines.toStdString();
             EXPECT_FALSE(lines.contains("TEMP B-TREE FOR GROUP BY")) << lines.toStdString();
         }
     }
-    const Recordset found = Recordset::open(db(), orders::orderChoiceSql("RITIRATO", "greco", 20));
+    const Recordset found = Recordset::open(db(), orders::orderChoiceSql("CO", "RITIRATO", "greco", 20));
     EXPECT_EQ(table(found).mid(1).join('\n').count("Greco"), 6) << table(found).join('\n').toStdString();
+    // The orders offered are those of the kind the module is set to, which the change of state then takes.
+    EXPECT_EQ(Recordset::open(db(), orders::orderChoiceSql("ALTRO", {}, {}, 30)).recordCount(), 0);
+    EXPECT_EQ(Recordset::open(db(), orders::orderSearchSql("ALTRO", {}, 30)).recordCount(), 0);
 
     // Order 1490, collected, got a line back in the issued state: it is listed in both, each time with
     // the state and the totals of the whole order, so that either state's rows can still be moved.
     db().executeBound("update movimenti set StatoRiga = 'EMESSO' where rowid = (select max(rowid) from "
                       "movimenti where numero = '1490')");
     for (const QString state : {"EMESSO", "RITIRATO"}) {
-        const QStringList page = table(Recordset::open(db(), orders::orderChoiceSql(state, {}, 5000)));
+        const QStringList page = table(Recordset::open(db(), orders::orderChoiceSql("CO", state, {}, 5000)));
         const QStringList order = page.filter(QRegularExpression("^1490\\|"));
         ASSERT_EQ(order.size(), 1) << state.toStdString();
         EXPECT_TRUE(order[0].contains("|" + state + "|")) << order[0].toStdString();

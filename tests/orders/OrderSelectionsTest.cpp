@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "orders/OrderSelections.h"
 #include "data/Recordset.h"
+#include "TestDatabase.h"
+#include "TestOrders.h"
 
 #include <gtest/gtest.h>
 
@@ -8,11 +10,6 @@ namespace {
 
 using namespace xv;
 using orders::ChosenOrders;
-
-const QString kSlipSelect = QStringLiteral(
-    "SELECT numero,datadocumento,Codice_med,Descrizione1,qta as quantita,note as DataRitiro,"
-    "datadal as DataRitiro1,dataal as DataRitiro2, rowid_controparti,Nominativo,codenominativo, "
-    "rowid_med & '.bmp' as fotoart FROM movimenti ");
 
 TEST(OrderSelectionsTest, ChosenRowsGiveTwoQuotedListsInTheOrderChosenWithQuotesDoubled)
 {
@@ -28,14 +25,31 @@ TEST(OrderSelectionsTest, ChosenRowsGiveTwoQuotedListsInTheOrderChosenWithQuotes
     EXPECT_TRUE(orders::chosenOrders(none).isEmpty());
 }
 
-TEST(OrderSelectionsTest, EachKindOfControlSlipSelectsItsRows)
+class SlipSelectionTest : public test::HostedTest
 {
-    const ChosenOrders chosen{"'12','15'", "'2025','2026'"};
-    EXPECT_EQ(orders::slipSqlForOrder("8", "20'26"), kSlipSelect + "where numero='8' and serie='20''26'");
-    EXPECT_EQ(orders::slipSqlForChosen(chosen),
-              kSlipSelect + "where numero in ('12','15') and serie in ('2025','2026') ORDER BY numero asc");
-    EXPECT_EQ(orders::slipSqlForLine(41), kSlipSelect + "where rowid=41");
+};
+
+// The slips of an order, of the chosen orders and of one line are those of orders: a supplier's delivery
+// note that shares the number and the year gets none.
+TEST_P(SlipSelectionTest, EachKindOfControlSlipSelectsTheOrdersRowsAndNoDeliveryNotesSharingTheirNumbers)
+{
+    data::Database& db = h().GetConnection();
+    const QDate day(2026, 6, 20);
+    test::addCounter(db, 2026, 8);
+    const int first = test::addOrderLine(db, "8", day);
+    test::addOrderLine(db, "8", day);
+    test::addOrderLine(db, "12", day.addYears(-1));
+    const int note = test::addOrderLine(db, "8", day, {{"documento", "DDTF"}});
+    const auto rows = [this](const QString& sql) { return h().OpenRecordset(sql).recordCount(); };
+    const orders::OrderKey order{"COMM", "8", "2026"};
+    EXPECT_EQ(rows(orders::slipSqlForOrder(order)), 2);
+    EXPECT_EQ(rows(orders::slipSqlForChosen({"'8','12'", "'2026','2025'"}, "CO")), 3);
+    EXPECT_EQ(rows(orders::slipSqlForChosen({"'8'", "'2026'"}, "XX")), 0) << "no order of another kind";
+    EXPECT_EQ(rows(orders::slipSqlForLine(first, order)), 1);
+    EXPECT_EQ(rows(orders::slipSqlForLine(note, order)), 0);
 }
+
+XV_INSTANTIATE_FOR_ENGINES(SlipSelectionTest);
 
 TEST(OrderSelectionsTest, TheChangeOfStateSetsTheKindOfRowThatGoesWithTheNewStateAndTheCardsTakeOneDay)
 {
