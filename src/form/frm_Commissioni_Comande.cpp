@@ -216,6 +216,8 @@ void frm_Commissioni::Documento_StampaBigliettini()
         if (!day)
             return;
         bool confirmed = false;
+        // The list printed says the day whose cards it lists, not the day it is printed.
+        host::listWindow().SetPrintHeading(QStringLiteral("Lista bigliettini"), *day);
         host::listWindow().SelectFromList(orders::cardsListSql(*day), 1, QString(), confirmed);
     } catch (...) {
         h.ReportError(QStringLiteral("Documento_StampaBigliettini"),

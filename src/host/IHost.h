@@ -4,6 +4,7 @@
 #include "data/Recordset.h"
 
 #include <QColor>
+#include <QDate>
 #include <QString>
 #include <QStringList>
 #include <QVariant>
@@ -158,6 +159,9 @@ public:
     // The values of the row the operator chose among those of an SQL text, asked even when there is only
     // one; nothing when cancelled or when the text gives no rows.
     virtual std::optional<QVariantList> PickRow(const QString& caption, const QString& sql) = 0;
+    // What the next list window prints at its head instead of its caption and today's date; the list of
+    // one day's work says that day. Only the next window takes it.
+    virtual void SetPrintHeading(const QString& title, const QDate& day) = 0;
 };
 
 } // namespace xv::host

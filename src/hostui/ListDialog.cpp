@@ -440,11 +440,18 @@ bool ListDialog::eventFilter(QObject* watched, QEvent* event)
     return QDialog::eventFilter(watched, event);
 }
 
+QString ListDialog::printTitle() const
+{
+    if (!m_request.printTitle.isEmpty())
+        return m_request.printTitle;
+    return m_request.caption.trimmed().isEmpty() ? QStringLiteral("Elenco") : m_request.caption;
+}
+
 QString ListDialog::printableHtml() const
 {
-    const QString title =
-        m_request.caption.trimmed().isEmpty() ? QStringLiteral("Elenco") : m_request.caption;
-    QString subtitle = common::shortDate(QDate::currentDate()) + QStringLiteral(" - ") + counterText();
+    const QString title = printTitle();
+    const QDate day = m_request.printDay.isValid() ? m_request.printDay : QDate::currentDate();
+    QString subtitle = common::shortDate(day) + QStringLiteral(" - ") + counterText();
     if (!m_filter->text().trimmed().isEmpty())
         subtitle += QStringLiteral(" - Cerca: ") + m_filter->text().trimmed();
     QString html =
@@ -497,8 +504,7 @@ void ListDialog::printShown()
     try {
         QString notice;
         {
-            host::PrintOutput output(host(), windowTitle().trimmed().isEmpty() ? QStringLiteral("Elenco")
-                                                                              : windowTitle());
+            host::PrintOutput output(host(), printTitle());
             orient(output.printer(), static_cast<int>(m_fields.size()));
             printTo(output.printer());
             notice = output.notice();

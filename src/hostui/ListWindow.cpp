@@ -10,6 +10,8 @@
 #include <QRegularExpression>
 #include <QSqlQuery>
 
+#include <utility>
+
 namespace xv::hostui {
 
 using common::ErrorNumber;
@@ -151,6 +153,12 @@ ListSource parseSource(const QString& source)
 
 ListWindow::ListWindow(int searchLimit) : m_searchLimit(searchLimit) {}
 
+void ListWindow::SetPrintHeading(const QString& title, const QDate& day)
+{
+    m_printTitle = title;
+    m_printDay = day;
+}
+
 void ListWindow::SelectFromList(const QString& source, int mode, const QString& caption, bool& confirmed)
 {
     confirmed = false;
@@ -167,6 +175,8 @@ void ListWindow::SelectFromList(const QString& source, int mode, const QString& 
     request.sql = parsed.sql;
     request.multiSelect = mode == 1;
     request.printable = true;
+    request.printTitle = std::exchange(m_printTitle, QString());
+    request.printDay = std::exchange(m_printDay, QDate());
     const auto choice = showList(request, rows);
     if (!choice)
         return;

@@ -39,6 +39,10 @@ struct ListRequest
     QString sql;
     bool multiSelect = false;
     bool printable = false;
+    // What the printed list says at its head instead of the caption and today's date: a list of one day's
+    // work prints that day, whenever it is printed.
+    QString printTitle;
+    QDate printDay;
     // Said after the row count while nothing is typed in the filter, e.g. that only the newest rows came.
     QString note;
     // When set, a filter text is also looked up in the database after a pause in typing, so that rows left
@@ -125,6 +129,8 @@ public:
 
     // The rows shown, in the shown order, as a table with a title line.
     QString printableHtml() const;
+    // The printout's title: the heading asked for, else the caption, else "Elenco".
+    QString printTitle() const;
     void printTo(QPrinter& printer) const;
     bool savePdf(const QString& path) const;
     // The print button: the rows shown to the shop's printer, or to a PDF file the operator is told of.
@@ -207,6 +213,7 @@ public:
     void SelectFromPages(const SearchSql& sqlFor, int mode, const QString& caption, bool& confirmed) override;
     std::optional<QStringList> Search(const QString& caption, const SearchSql& sqlFor) override;
     std::optional<QVariantList> PickRow(const QString& caption, const QString& sql) override;
+    void SetPrintHeading(const QString& title, const QDate& day) override;
 
 private:
     // Opens the first page of sqlFor in a list window and keeps what the operator chose.
@@ -214,6 +221,9 @@ private:
 
     int m_searchLimit;
     Recordset m_selected;
+    // The heading the next list prints, then forgotten.
+    QString m_printTitle;
+    QDate m_printDay;
 };
 
 } // namespace xv::hostui

@@ -277,8 +277,10 @@ TEST_P(ComandeTest, TheCardsListShowsTheDaysOrdersWithCardsAndANonDateEndsSilent
         test::ScriptedLists lists;
         Recordset shown;
         if (c.rows >= 0)
-            lists.expectList("", [&shown](const hostui::ListRequest&, const Recordset& rows) {
+            lists.expectList("", [&shown, &c](const hostui::ListRequest& request, const Recordset& rows) {
                 shown = rows;
+                EXPECT_EQ(request.printTitle, "Lista bigliettini");
+                EXPECT_EQ(request.printDay, common::parseShortDate(*c.typed)) << "the day listed is printed";
                 return hostui::ListAnswer();
             });
         chooseEntry("PRINT", "LISTA_BIGLIETTINI");

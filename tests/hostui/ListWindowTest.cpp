@@ -264,6 +264,18 @@ TEST_P(ListWindowTest, ThePrintButtonPrintsTheRowsShownThroughTheShopsPrintDesti
         EXPECT_TRUE(text.contains(shown, Qt::CaseInsensitive)) << shown << "\n" << text.toStdString();
     EXPECT_FALSE(text.contains("Bianchi Luca"));
 
+    // A list of one day's work prints that day under its own title, whatever the caption.
+    request.printTitle = "Lista bigliettini";
+    request.printDay = QDate(2026, 6, 20);
+    ListDialog day(request, host::host().OpenRecordset("select numero, serie from movimenti"));
+    dialogs.expectMessage("Il documento è stato salvato come PDF in:");
+    QTest::mouseClick(day.findChild<QPushButton*>("printButton"), Qt::LeftButton);
+    const QStringList both = test::pdfFiles(pdfDir.path());
+    ASSERT_EQ(both.size(), 2);
+    const QString dayText = test::pdfLayoutText(both.filter("Lista_bigliettini").value(0));
+    EXPECT_TRUE(dayText.contains("Lista bigliettini")) << dayText.toStdString();
+    EXPECT_TRUE(dayText.contains("20/06/2026")) << dayText.toStdString();
+    EXPECT_FALSE(dayText.contains("Commissioni da ritirare"));
 }
 
 XV_INSTANTIATE_FOR_ENGINES(ListWindowTest);
