@@ -70,6 +70,8 @@ PrintOutput::PrintOutput(IHost& host, const QString& documentName)
             return;
         }
         m_missingPrinter = wanted;
+        if (wanted.isEmpty())
+            m_installed = QPrinterInfo::availablePrinterNames();
     }
     m_pdfPath = freePath(pdfFolder(host), fileNameFor(documentName));
     m_printer->setOutputFormat(QPrinter::PdfFormat);
@@ -85,6 +87,11 @@ QString PrintOutput::notice() const
     const QString where = QDir::toNativeSeparators(m_pdfPath);
     if (m_pdfAskedFor)
         return QStringLiteral("Il documento è stato salvato come PDF in:\n") + where;
+    if (m_missingPrinter.isEmpty() && !m_installed.isEmpty())
+        return QStringLiteral("Nessuna stampante è impostata come predefinita (installate: %1): il documento è "
+                              "stato salvato come PDF in:\n")
+                   .arg(m_installed.join(QStringLiteral(", "))) +
+               where;
     if (m_missingPrinter.isEmpty())
         return QStringLiteral("Nessuna stampante installata: il documento è stato salvato come PDF in:\n") +
                where;

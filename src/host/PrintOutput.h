@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 
@@ -40,6 +41,8 @@ private:
     QString m_pdfPath;
     QString m_printerName;
     QString m_missingPrinter; // the printer asked for that is not installed ("" for the default one)
+    // The printers there are when none is the system's default: the operator is told to choose one.
+    QStringList m_installed;
     bool m_pdfAskedFor = false;
 };
 

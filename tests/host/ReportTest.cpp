@@ -4,12 +4,14 @@
 #include "TestDatabase.h"
 #include "TestOrders.h"
 
+#include "host/PrintOutput.h"
 #include "host/Report.h"
 #include "orders/OrderSelections.h"
 
 #include <gtest/gtest.h>
 
 #include <QColor>
+#include <QPrinterInfo>
 #include <QImage>
 
 namespace {
@@ -68,6 +70,29 @@ TEST_P(ReportTest, OneSlipPerRowWithItsColumnsDatesDayFirstAndThePictureWhereThe
     EXPECT_EQ(test::pdfPageCount(files[0]), 2) << "four slips to a page";
     EXPECT_EQ(test::pdfImageCount(files[0]), 1) << "only the article with a picture file shows one";
 }
+
+class PrintDestinationTest : public test::HostedTest
+{
+};
+
+// Printers installed, none of them the system's default: the PDF written instead says which there are, so
+// that the shop can name one.
+TEST_P(PrintDestinationTest, WithPrintersButNoDefaultTheNoticeNamesThePrintersThereAre)
+{
+    const QString queue = qEnvironmentVariable("XV_TEST_CUPS_QUEUE");
+    if (queue.isEmpty())
+        GTEST_SKIP() << qEnvironmentVariable("XV_TEST_CUPS_UNAVAILABLE", "no print queue of the tests").toStdString();
+    if (!QPrinterInfo::defaultPrinter().isNull())
+        GTEST_SKIP() << "this system has a default printer";
+    QTemporaryDir pdfDir;
+    h().SaveSetting("STAMPA", "CartellaPDF", pdfDir.path(), "eKELA");
+    const host::PrintOutput output(h(), "Prova");
+    EXPECT_TRUE(output.toPdf());
+    EXPECT_TRUE(output.notice().contains("Nessuna stampante è impostata come predefinita")) << output.notice().toStdString();
+    EXPECT_TRUE(output.notice().contains(queue)) << output.notice().toStdString();
+}
+
+XV_INSTANTIATE_FOR_ENGINES(PrintDestinationTest);
 
 TEST_P(ReportTest, ABadTextAnswersMinusOneAndNoRowsAnswersZeroWithNothingPrinted)
 {
