@@ -30,6 +30,7 @@ namespace {
 
 const QString kTitle = QStringLiteral("COMANDA DI CONTROLLO");
 constexpr int kDeviceUnavailable = 68; // the suite's "device unavailable"
+constexpr int kPrinterError = 482;      // the suite's "printer error"
 
 // The names the shop reads on the slip for the columns its reports select; any other column shows
 // under its own name.
@@ -202,8 +203,8 @@ void printControlSlips(QPrinter& printer, const QVector<ControlSlip>& slips,
     const double height = (area.height() - gap * (kSlipsPerPage - 1)) / kSlipsPerPage;
     for (int i = 0; i < slips.size(); ++i) {
         const int place = i % kSlipsPerPage;
-        if (i > 0 && place == 0)
-            printer.newPage();
+        if (i > 0 && place == 0 && !printer.newPage())
+            throw common::RuntimeError(kPrinterError, QStringLiteral("Impossibile iniziare una nuova pagina"));
         const QRectF box(area.left(), area.top() + place * (height + gap), area.width(), height);
         paintSlip(painter, printer, box, slips[i]);
         if (place < kSlipsPerPage - 1 && i + 1 < slips.size()) {
@@ -214,7 +215,10 @@ void printControlSlips(QPrinter& printer, const QVector<ControlSlip>& slips,
         if (progress)
             progress(i + 1);
     }
-    painter.end();
+    // A job the printer refused is no slip printed: the operator must know the workshop got nothing.
+    if (!painter.end() || printer.printerState() == QPrinter::Error)
+        throw common::RuntimeError(kPrinterError,
+                                   QStringLiteral("La stampante non ha accettato le comande di controllo"));
 }
 
 int printReport(IHost& host, const QString& sql)
