@@ -4,7 +4,7 @@
 XV_BUILD_PACKAGES=(build-essential cmake ninja-build pkg-config qt6-base-dev qt6-base-dev-tools
     libqt6sql6-sqlite libqt6sql6-psql libsqlite3-dev libpq-dev libcurl4-openssl-dev)
 XV_TEST_PACKAGES=(libgtest-dev libgmock-dev libbenchmark-dev postgresql locales
-    poppler-utils python3-aiosmtpd cups printer-driver-cups-pdf)
+    poppler-utils python3-aiosmtpd python3-cryptography cups printer-driver-cups-pdf)
 
 xv_as_root() {
     if [ "$(id -u)" -eq 0 ]; then

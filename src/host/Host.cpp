@@ -446,6 +446,11 @@ void Host::SendMail(const QString& recipient, const QString& subject, const QStr
     const MailMessage mail{settings.sender,          splitAddresses(recipient), splitAddresses(copy),
                            splitAddresses(blindCopy), subject,                   body};
     result = sendMail(settings, QDir(GetDataPath()).filePath(QStringLiteral("outbox")), mail);
+    // Whether a reorder request went is looked up in the log; the text shown never holds the password.
+    writeLog(QStringLiteral("%1\tMail\t%2\t%3")
+                 .arg(QDateTime::currentDateTime().toString(Qt::ISODate),
+                      (mail.to + mail.cc + mail.bcc).join(QStringLiteral(", ")),
+                      QString(result).replace(QLatin1Char('\n'), QLatin1Char(' '))));
 }
 
 QString Host::GetMailFooter()

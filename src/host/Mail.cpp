@@ -8,6 +8,7 @@
 #include <QCursor>
 #include <QDir>
 #include <QEventLoop>
+#include <QFile>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QLocale>
@@ -45,6 +46,14 @@ int seconds(const QString& text, int defaultValue)
 {
     const double value = common::numericValue(text);
     return value >= 1 ? static_cast<int>(std::min(value, 3600.0)) : defaultValue;
+}
+
+// "1", "sì"/"si", "true" in any case; anything else, or nothing, is no.
+bool isYes(const QString& text)
+{
+    const QString word = text.toLower();
+    return word == QLatin1String("1") || word == QStringLiteral("sì") || word == QLatin1String("si") ||
+           word == QLatin1String("true");
 }
 
 QByteArray rfc5322Date(const QDateTime& when)
@@ -124,6 +133,8 @@ MailFailure classify(CURLcode code, const QString& detail, long responseCode)
         return MailFailure::Unreachable;
     case CURLE_LOGIN_DENIED:
         return MailFailure::LoginRefused;
+    case CURLE_PEER_FAILED_VERIFICATION:
+        return MailFailure::Untrusted;
     case CURLE_SEND_ERROR:
         // The mail library says which command the server answered with an error.
         if (detail.startsWith(QLatin1String("RCPT")))
@@ -181,6 +192,8 @@ MailSettings MailSettings::read(const SettingReader& getter)
     s.user = setting(getter, "Utente");
     // A password may well begin or end with a blank: it is taken as stored.
     s.password = getter(QStringLiteral("MAIL"), QStringLiteral("Password"), QString());
+    s.plainPassword = isYes(setting(getter, "PasswordInChiaro"));
+    s.caFile = setting(getter, "CertificatoCA");
     s.connectTimeoutSeconds = seconds(setting(getter, "TimeoutConnessione"), 10);
     s.transferTimeoutSeconds = seconds(setting(getter, "TimeoutInvio"), 60);
     s.sender = getter(QStringLiteral("DOCS"), QStringLiteral("EMAIL_FROM"), QString()).trimmed();
@@ -318,6 +331,7 @@ TransferResult transfer(const MailSettings& settings, const QString& from, const
     const QByteArray mailFrom = (QLatin1Char('<') + from + QLatin1Char('>')).toUtf8();
     const QByteArray user = settings.user.toUtf8();
     const QByteArray password = settings.password.toUtf8();
+    const QByteArray caFile = QFile::encodeName(settings.caFile);
     char error[CURL_ERROR_SIZE] = {};
     Upload upload{&message};
     CURL* c = curl.get();
@@ -326,6 +340,11 @@ TransferResult transfer(const MailSettings& settings, const QString& from, const
     curl_easy_setopt(c, CURLOPT_MAIL_RCPT, rcpt.get());
     if (settings.security == MailSecurity::StartTls)
         curl_easy_setopt(c, CURLOPT_USE_SSL, static_cast<long>(CURLUSESSL_ALL));
+    if (!caFile.isEmpty()) {
+        curl_easy_setopt(c, CURLOPT_CAINFO, caFile.constData());
+        // The system's folder of CAs would be searched as well: the shop's CA is to be the only one.
+        curl_easy_setopt(c, CURLOPT_CAPATH, nullptr);
+    }
     if (!user.isEmpty()) {
         curl_easy_setopt(c, CURLOPT_USERNAME, user.constData());
         curl_easy_setopt(c, CURLOPT_PASSWORD, password.constData());
@@ -421,9 +440,20 @@ QString sendMail(const MailSettings& settings, const QString& outboxFolder, cons
     if (!isAddress(mail.from))
         return QStringLiteral("Mail non inviata: manca un indirizzo valido del mittente "
                               "(impostazione EMAIL_FROM della sezione DOCS).");
+    const bool secured = settings.security != MailSecurity::None;
+    // Anyone on the way could read a password sent in the clear: only the shop can decide to allow it.
+    if (!secured && !settings.user.isEmpty() && !settings.password.isEmpty() && !settings.plainPassword)
+        return QStringLiteral("Mail non inviata: la password non viene inviata su una connessione non "
+                              "protetta; impostare MAIL/Sicurezza a STARTTLS o TLS, oppure "
+                              "MAIL/PasswordInChiaro a 1.");
+    if (secured && !settings.caFile.isEmpty() && !QFileInfo(settings.caFile).isReadable())
+        return QStringLiteral("Mail non inviata: il file del certificato CA \"%1\" (impostazione "
+                              "MAIL/CertificatoCA) non esiste o non si può leggere.")
+            .arg(QDir::toNativeSeparators(settings.caFile));
 
     const TransferResult result = transferWaiting(settings, mail.from, recipients, message);
     const QString server = settings.url();
+    // Neither here nor anywhere else does the password go into the log.
     qCInfo(lcMail) << "mail to" << recipients << "via" << server
                    << "ended:" << static_cast<int>(result.failure) << result.detail;
     switch (result.failure) {
@@ -444,6 +474,12 @@ QString sendMail(const MailSettings& settings, const QString& outboxFolder, cons
     case MailFailure::RecipientRefused:
         return QStringLiteral("Mail NON inviata: il server di posta ha rifiutato il destinatario %1 (%2).")
             .arg(recipients.join(QStringLiteral(", ")), result.detail);
+    case MailFailure::Untrusted:
+        return QStringLiteral("Mail NON inviata: il certificato del server di posta %1 non è affidabile "
+                              "(non è firmato da un'autorità riconosciuta o è di un altro server). Se il "
+                              "negozio usa un proprio certificato CA, indicarne il file nell'impostazione "
+                              "MAIL/CertificatoCA (%2).")
+            .arg(server, result.detail);
     case MailFailure::Other:
         break;
     }

@@ -28,7 +28,9 @@ struct MailSettings
     QString securityText; // "Sicurezza", as written, for the message when it is not understood
     std::optional<MailSecurity> security = MailSecurity::None;
     QString user;                    // "Utente": empty, no login
-    QString password;                // "Password"
+    QString password;                // "Password"; never written to any log
+    bool plainPassword = false;      // "PasswordInChiaro" 1, sì or true: a login even with no security
+    QString caFile;                  // "CertificatoCA": PEM of the only CAs trusted; empty, the system's
     int connectTimeoutSeconds = 10;  // "TimeoutConnessione": a server that does not answer is given up
     int transferTimeoutSeconds = 60; // "TimeoutInvio": the whole exchange, login to last byte
     QString sender;                  // "EMAIL_FROM" of section "DOCS" of store "eKELA"
@@ -69,6 +71,7 @@ enum class MailFailure {
     Unreachable,      // no answer: name not found, connection refused, time out
     LoginRefused,     // the server refused the user and password, or wants a login and got none
     RecipientRefused, // the server would not take a recipient
+    Untrusted,        // the server's certificate does not chain to a trusted CA or names another host
     Other,
 };
 

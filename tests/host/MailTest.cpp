@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
+#include <QLoggingCategory>
 #include <QRegularExpression>
 #include <QTimer>
 
@@ -106,15 +107,21 @@ TEST_P(MailTest, EachKindOfRefusalHasItsOwnText)
         "controllare utente e password (";
     const Case cases[] = {
         {"login accepted",
-         {"negozio", "segreta", {}},
+         {"negozio", "segreta", {}, MailServer::Tls::None},
          "negozio",
          "segreta",
          false,
          "Mail inviata a luca@esempio.it",
          "negozio"},
-        {"wrong password", {"negozio", "segreta", {}}, "negozio", "sbagliata", false, userRefused, nullptr},
+        {"wrong password",
+         {"negozio", "segreta", {}, MailServer::Tls::None},
+         "negozio",
+         "sbagliata",
+         false,
+         userRefused,
+         nullptr},
         {"no login given",
-         {"negozio", "segreta", {}},
+         {"negozio", "segreta", {}, MailServer::Tls::None},
          "",
          "",
          false,
@@ -122,7 +129,7 @@ TEST_P(MailTest, EachKindOfRefusalHasItsOwnText)
          "MAIL/Utente e MAIL/Password).",
          nullptr},
         {"recipient refused",
-         {{}, {}, {kTo}},
+         {{}, {}, {kTo}, MailServer::Tls::None},
          "",
          "",
          false,
@@ -138,6 +145,8 @@ TEST_P(MailTest, EachKindOfRefusalHasItsOwnText)
          "risponde (Failed to connect to 127.0.0.1 port %2",
          nullptr},
     };
+    // The test server is on loopback, where a plain login is harmless.
+    setMail("PasswordInChiaro", "1");
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         MailServer server(c.server);
@@ -227,7 +236,116 @@ TEST_P(MailTest, BadMailSettingsOrAddressesSendNothingAndSaySo)
     EXPECT_TRUE(outbox().isEmpty());
 }
 
+TEST_P(MailTest, OverTlsTheMailGoesOnlyToAServerWhoseCertificateChainsToTheCaNamed)
+{
+    struct Case
+    {
+        const char* sicurezza;
+        MailServer::Tls tls;
+        const char* scheme;
+    };
+    const Case cases[] = {{"STARTTLS", MailServer::Tls::StartTls, "smtp"},
+                          {"TLS", MailServer::Tls::Implicit, "smtps"}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.sicurezza);
+        MailServer server({"negozio", "segreta", {}, c.tls});
+        XV_REQUIRE_MAIL_SERVER(server);
+        test::useMailServer(h(), server.port(), "negozio", "segreta");
+        setMail("Sicurezza", c.sicurezza);
+
+        setMail("CertificatoCA", {});
+        const QString untrusted = send(kTo);
+        EXPECT_TRUE(untrusted.startsWith(QString("Mail NON inviata: il certificato del server di posta "
+                                                 "%1://127.0.0.1:%2 non è affidabile")
+                                             .arg(c.scheme)
+                                             .arg(server.port())))
+            << untrusted.toStdString();
+
+        setMail("CertificatoCA", server.caFile() + ".mancante");
+        EXPECT_EQ(send(kTo),
+                  "Mail non inviata: il file del certificato CA \"" + server.caFile() +
+                      ".mancante\" (impostazione MAIL/CertificatoCA) non esiste o non si può leggere.");
+        EXPECT_TRUE(server.received().isEmpty());
+
+        setMail("CertificatoCA", server.caFile());
+        EXPECT_EQ(send(kTo, "Riordino Articolo: BOM001", "Salve\r\nCordiali Saluti,"),
+                  "Mail inviata a luca@esempio.it");
+        const QVector<test::ReceivedMail> received = server.received();
+        ASSERT_EQ(received.size(), 1);
+        EXPECT_TRUE(received.first().tls);
+        EXPECT_EQ(received.first().login, "negozio");
+        EXPECT_EQ(received.first().mailFrom, "negozio@esempio.it");
+        EXPECT_EQ(received.first().recipients, QStringList{kTo});
+        EXPECT_EQ(received.first().subject, "Riordino Articolo: BOM001");
+        EXPECT_EQ(received.first().body, "Salve\r\nCordiali Saluti,\r\n");
+    }
+}
+
+TEST_P(MailTest, APasswordGoesOverAPlainConnectionOnlyWhenTheShopAllowsIt)
+{
+    MailServer server({"negozio", "segreta", {}, MailServer::Tls::None});
+    XV_REQUIRE_MAIL_SERVER(server);
+    test::useMailServer(h(), server.port(), "negozio", "segreta");
+    EXPECT_EQ(send(kTo), "Mail non inviata: la password non viene inviata su una connessione non protetta; "
+                         "impostare MAIL/Sicurezza a STARTTLS o TLS, oppure MAIL/PasswordInChiaro a 1.");
+    EXPECT_TRUE(server.received().isEmpty());
+    setMail("PasswordInChiaro", "Sì");
+    EXPECT_EQ(send(kTo), "Mail inviata a luca@esempio.it");
+    ASSERT_EQ(server.received().size(), 1);
+    EXPECT_EQ(server.received().first().login, "negozio");
+}
+
+QStringList* g_messages = nullptr;
+
+TEST_P(MailTest, EveryOutcomeLeavesItsLineInTheLogAndThePasswordNowhere)
+{
+    const QString password = "Pw-7q!segretissima";
+    MailServer server({"negozio", password, {"ignoto@esempio.it"}, MailServer::Tls::None});
+    XV_REQUIRE_MAIL_SERVER(server);
+    test::useMailServer(h(), server.port(), "negozio", password);
+    setMail("PasswordInChiaro", "1");
+    QStringList messages;
+    g_messages = &messages;
+    QLoggingCategory::setFilterRules("xv.*=true");
+    const QtMessageHandler previous = qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext&, const QString& text) { g_messages->append(text); });
+    const QString sent = send(kTo);
+    const QString refused = send("ignoto@esempio.it");
+    qInstallMessageHandler(previous);
+    QLoggingCategory::setFilterRules({});
+    g_messages = nullptr;
+
+    const QStringList lines = test::logOf(h()).split('\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 2) << lines.join('\n').toStdString();
+    const QRegularExpression shape("^\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\tMail\t([^\t]+)\t(.+)$");
+    const QRegularExpressionMatch first = shape.match(lines[0]);
+    const QRegularExpressionMatch second = shape.match(lines[1]);
+    ASSERT_TRUE(first.hasMatch() && second.hasMatch()) << lines.join('\n').toStdString();
+    EXPECT_EQ(first.captured(1), kTo);
+    EXPECT_EQ(first.captured(2), sent);
+    EXPECT_EQ(second.captured(1), "ignoto@esempio.it");
+    EXPECT_EQ(second.captured(2), refused);
+    EXPECT_TRUE(refused.startsWith("Mail NON inviata")) << refused.toStdString();
+    EXPECT_FALSE(messages.isEmpty()) << "the mail's own category was heard";
+    EXPECT_FALSE(lines.join('\n').contains(password));
+    EXPECT_FALSE(messages.join('\n').contains(password)) << messages.join('\n').toStdString();
+}
+
 XV_INSTANTIATE_FOR_ENGINES(MailTest);
+
+TEST(MailSettingsTest, OnlyAPlainYesLetsThePasswordGoInTheClear)
+{
+    const std::pair<const char*, bool> cases[] = {{"1", true},      {"sì", true}, {"SI", true},
+                                                  {" true ", true}, {"", false},  {"0", false},
+                                                  {"no", false},    {"2", false}, {"sii", false}};
+    for (const auto& [value, allowed] : cases) {
+        const host::MailSettings s =
+            host::MailSettings::read([&](const QString&, const QString& key, const QString&) {
+                return key == "PasswordInChiaro" ? QString(value) : QString();
+            });
+        EXPECT_EQ(s.plainPassword, allowed) << value;
+    }
+}
 
 TEST(MailSettingsTest, TheSecurityChosenGivesTheSchemeAndTheUsualPort)
 {

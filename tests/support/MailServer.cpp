@@ -37,6 +37,9 @@ MailServer::MailServer(const Options& options)
                   << options.password;
     for (const QString& refused : options.refused)
         arguments << QStringLiteral("--refuse") << refused;
+    if (options.tls != Tls::None)
+        arguments << QStringLiteral("--tls")
+                  << QLatin1String(options.tls == Tls::StartTls ? "starttls" : "tls");
     m_process.setProcessChannelMode(QProcess::SeparateChannels);
     m_process.start(python(), arguments);
     if (!m_process.waitForStarted(10000)) {
@@ -48,8 +51,11 @@ MailServer::MailServer(const Options& options)
         line += m_process.readLine();
     if (line.startsWith("PORT "))
         m_port = line.mid(5).trimmed().toInt();
+    if (m_port > 0 && options.tls != Tls::None)
+        m_caFile = m_dir.filePath(QStringLiteral("ca.pem"));
     if (m_port <= 0)
-        m_reason = QStringLiteral("Il server di posta di prova non è partito (serve python3-aiosmtpd): %1")
+        m_reason = QStringLiteral("Il server di posta di prova non è partito (serve python3-aiosmtpd e, "
+                                  "per TLS, python3-cryptography): %1")
                        .arg(QString::fromLocal8Bit(line + m_process.readAllStandardError()));
 }
 
@@ -79,6 +85,7 @@ QVector<ReceivedMail> MailServer::received() const
         for (const QJsonValue& r : o.value(QLatin1String("rcpt_tos")).toArray())
             mail.recipients << r.toString();
         mail.login = o.value(QLatin1String("login")).toString();
+        mail.tls = o.value(QLatin1String("tls")).toBool();
         mail.subject = o.value(QLatin1String("subject")).toString();
         mail.body = o.value(QLatin1String("body")).toString();
         for (const QJsonValue& h : o.value(QLatin1String("headers")).toArray())

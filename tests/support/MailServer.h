@@ -18,6 +18,7 @@ struct ReceivedMail
     QString mailFrom;       // the envelope's sender
     QStringList recipients; // the envelope's recipients
     QString login;          // the user that logged in, empty for none
+    bool tls = false;       // the message came over TLS
     QString subject;
     QString body;
     QMap<QString, QString> headers;
@@ -27,15 +28,21 @@ struct ReceivedMail
 
 // A mail server of one test's own (tests/support/smtp_server.py, on Debian's python3-aiosmtpd) on a free
 // loopback port, stopped when the test ends. With a user it takes mail only after that user's login;
-// it refuses the recipients named.
+// it refuses the recipients named. With TLS its certificate is signed by a CA made for it alone.
 class MailServer
 {
 public:
+    enum class Tls {
+        None,
+        StartTls, // wanted before anything else
+        Implicit, // from the first byte
+    };
     struct Options
     {
         QString user;
         QString password;
         QStringList refused;
+        Tls tls = Tls::None;
     };
     MailServer() : MailServer(Options{}) {}
     explicit MailServer(const Options& options);
@@ -47,6 +54,8 @@ public:
     bool available() const { return m_port > 0; }
     const QString& reason() const { return m_reason; }
     int port() const { return m_port; }
+    // The PEM file of the CA that signed the server's certificate; empty without TLS.
+    QString caFile() const { return m_caFile; }
 
     // The messages taken so far, oldest first.
     QVector<ReceivedMail> received() const;
@@ -55,6 +64,7 @@ private:
     QTemporaryDir m_dir;
     QProcess m_process;
     int m_port = 0;
+    QString m_caFile;
     QString m_reason;
 };
 
