@@ -76,7 +76,9 @@ void frm_Commissioni::setupControls()
             tool->setPopupMode(QToolButton::MenuButtonPopup);
     };
     addMenu(m_ui->act_PRINT, {{"ECM", "Estratto Conto di questa Commissione [RITIRO]"},
+                              {"ANTEPRIMA_ECM", "Anteprima dell'Estratto Conto"},
                               {"SCC", "Tutte le righe di questa Commissione"},
+                              {"ANTEPRIMA_SCC", "Anteprima delle righe di questa Commissione"},
                               {"SCC_INTERVALLO", "Tutte le righe delle Commissioni selezionate"},
                               {"LISTA_BIGLIETTINI", "Lista bigliettini"},
                               {"REP_DES", "Report Designer"}});

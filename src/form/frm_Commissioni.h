@@ -149,6 +149,10 @@ public:
     // --- printing: the order statement
     // Prints the statement of the open order and marks all its lines collected; true when both were done.
     bool Documento_StampaRicevutaRitiro();
+    // The statement, and the control slips of the open order's lines, in a preview window: nothing is
+    // marked collected, and paper comes only if the operator prints from there.
+    void Documento_AnteprimaEstratto();
+    void Documento_AnteprimaCControllo();
 
     // --- printing: control slips, change of state, cards list
     void tbComandi_ButtonMenuClick(QAction* entry);
@@ -249,7 +253,7 @@ private:
     // --- control slips and change of state: the menus' entries and the status-bar panels wired up
     void setupComandeControls();
     // --- printing: the order statement
-    // The open order as its statement shows it, read from the form.
+    // The open order as its statement shows it, read from the form, with the shop's settings for it.
     printing::StatementInput statementInput() const;
     // False, with the field named and the focus on it, when a text of the order could not be kept as typed.
     bool textsCanBeSaved();

@@ -8,6 +8,7 @@
 #include "common/Dates.h"
 #include "data/Recordset.h"
 #include "host/Dialogs.h"
+#include "host/Report.h"
 #include "host/Services.h"
 #include "lines/FlexGrid.h"
 #include "lines/GridColumns.h"
@@ -112,6 +113,10 @@ void frm_Commissioni::tbComandi_ButtonMenuClick(QAction* entry)
             Documento_StampaRicevutaRitiro();
         } else if (key == QLatin1String("SCC")) {
             Documento_StampaCControllo(1);
+        } else if (key == QLatin1String("ANTEPRIMA_ECM")) {
+            Documento_AnteprimaEstratto();
+        } else if (key == QLatin1String("ANTEPRIMA_SCC")) {
+            Documento_AnteprimaCControllo();
         } else if (key == QLatin1String("SCC_INTERVALLO")) {
             Documenti_CO_StampaControllo();
         } else if (key == QLatin1String("LISTA_BIGLIETTINI")) {
@@ -200,6 +205,19 @@ void frm_Commissioni::Documento_StampaCControllo(qint16 mode)
     } catch (...) {
         h.ReportError(QStringLiteral("Documento_StampaCControllo"),
                       QStringLiteral("Errore durante la stampa delle comande di controllo"), true);
+    }
+}
+
+void frm_Commissioni::Documento_AnteprimaCControllo()
+{
+    host::IHost& h = host::host();
+    try {
+        if (host::previewReport(h, orders::slipSqlForOrder(m_order.orderKey())) == 0)
+            Dialogs::message(QStringLiteral("Il risultato della selezione non ha restituito nessun elemento!"),
+                             Buttons::Ok, Icon::Information, h.GetAppTitle());
+    } catch (...) {
+        h.ReportError(QStringLiteral("Documento_AnteprimaCControllo"),
+                      QStringLiteral("Errore durante l'anteprima delle comande di controllo"), true);
     }
 }
 

@@ -61,7 +61,34 @@ printing::StatementInput frm_Commissioni::statementInput() const
                            lines->textMatrix(r, lines::Col_totale)});
     input.deposit = m_ui->txt_Acconto->text();
     input.total = m_ui->txt_Totale->text();
+    input.emphasisSize = printing::emphasisPointSize(
+        h.GetSetting(kShopSection, QStringLiteral("GEST_DIM_RICACCIO"), QStringLiteral("14"), kSuiteStore));
+    // A shop without its header picture still gets its statement.
+    const QString picture =
+        h.GetSetting(QStringLiteral("Ricacci"), QStringLiteral("RicaccioFileHeader"),
+                     h.GetDataPath() + QStringLiteral("albaluce-header.jpg"), QStringLiteral("xVELA"));
+    if (h.FileExists(picture, 0))
+        input.picturePath = picture;
     return input;
+}
+
+void frm_Commissioni::Documento_AnteprimaEstratto()
+{
+    host::IHost& h = host::host();
+    int row = 0;
+    try {
+        printing::StatementInput input = statementInput();
+        if (input.deposit.isEmpty())
+            input.deposit = QStringLiteral("0");
+        const printing::Statement statement = printing::buildStatement(
+            input, [&h](const QString& text, int width) { return h.PadWidth(text, width, 0); }, &row);
+        host::Dialogs::preview(QStringLiteral("Estratto commissione ") + m_order.numero,
+                               [&statement](QPrinter& printer) { printing::printStatement(statement, printer); });
+    } catch (...) {
+        h.ReportError(QStringLiteral("Documento_AnteprimaEstratto") + QString::number(row),
+                      QStringLiteral("Errori rilevati durante l'anteprima dell'estratto N° ") + m_order.numero,
+                      true);
+    }
 }
 
 bool frm_Commissioni::Documento_StampaRicevutaRitiro()
@@ -70,6 +97,7 @@ bool frm_Commissioni::Documento_StampaRicevutaRitiro()
     int row = 0;
     bool retried = false;
     QString notice;
+    QString pdf;
     bool done = false;
     try {
         // Two rows are always there for the column names and types: an order without lines still prints.
@@ -85,28 +113,20 @@ bool frm_Commissioni::Documento_StampaRicevutaRitiro()
                 QApplication::restoreOverrideCursor();
             return false;
         }
-        const int emphasis = printing::emphasisPointSize(h.GetSetting(
-            kShopSection, QStringLiteral("GEST_DIM_RICACCIO"), QStringLiteral("14"), kSuiteStore));
         // Read as the other prints of the suite read it, so that a value out of range is told here too.
         common::toByte(common::numericValue(h.GetSetting(kShopSection, QStringLiteral("GEST_STAMPA_RICACCIO"),
                                                          QStringLiteral("1"), kSuiteStore)));
         if (m_ui->txt_Acconto->text().isEmpty())
             m_ui->txt_Acconto->setText(QStringLiteral("0"));
-        const QString picture =
-            h.GetSetting(QStringLiteral("Ricacci"), QStringLiteral("RicaccioFileHeader"),
-                         h.GetDataPath() + QStringLiteral("albaluce-header.jpg"), QStringLiteral("xVELA"));
 
         runStep(retried, [&] {
-            printing::StatementInput input = statementInput();
-            input.emphasisSize = emphasis;
-            // A shop without its header picture still gets its statement.
-            if (h.FileExists(picture, 0))
-                input.picturePath = picture;
+            const printing::StatementInput input = statementInput();
             const printing::Statement statement = printing::buildStatement(
                 input, [&h](const QString& text, int width) { return h.PadWidth(text, width, 0); }, &row);
             host::PrintOutput output(h, QStringLiteral("Estratto commissione ") + m_order.numero);
             printing::printStatement(statement, output.printer());
             notice = output.notice();
+            pdf = output.pdfInsteadOfPrinter();
         });
         runStep(retried, [&] {
             orders::markOrderCollected(h, m_order.documento, m_order.datadocumento.date().year(),
@@ -119,8 +139,7 @@ bool frm_Commissioni::Documento_StampaRicevutaRitiro()
                       true);
     }
     // Where the paper went is worth knowing even when marking the order collected failed.
-    if (!notice.isEmpty())
-        host::Dialogs::message(notice, host::Buttons::Ok, host::Icon::Information, h.GetAppTitle());
+    host::tellWherePrinted(h, notice, pdf);
     return done;
 }
 

@@ -16,6 +16,8 @@ struct State
     QPointer<QWidget> parent;
     Dialogs::MessageHandler messageHandler;
     Dialogs::InputHandler inputHandler;
+    Dialogs::PreviewHandler previewHandler;
+    Dialogs::OpenHandler openHandler;
 };
 
 State& state()
@@ -59,6 +61,20 @@ std::optional<QString> Dialogs::input(const QString& prompt, const QString& titl
     return std::nullopt;
 }
 
+void Dialogs::preview(const QString& title, const std::function<void(QPrinter&)>& paint)
+{
+    if (state().previewHandler)
+        return state().previewHandler(PreviewRequest{title, paint});
+    qCWarning(lcDialogs).noquote() << "no preview window:" << title;
+}
+
+void Dialogs::openDocument(const QString& path)
+{
+    if (state().openHandler)
+        return state().openHandler(path);
+    qCWarning(lcDialogs).noquote() << "nothing to open documents with:" << path;
+}
+
 void Dialogs::setParent(QWidget* parent)
 {
     state().parent = parent;
@@ -77,6 +93,16 @@ void Dialogs::setMessageHandler(MessageHandler handler)
 void Dialogs::setInputHandler(InputHandler handler)
 {
     state().inputHandler = std::move(handler);
+}
+
+void Dialogs::setPreviewHandler(PreviewHandler handler)
+{
+    state().previewHandler = std::move(handler);
+}
+
+void Dialogs::setOpenHandler(OpenHandler handler)
+{
+    state().openHandler = std::move(handler);
 }
 
 } // namespace xv::host

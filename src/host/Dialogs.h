@@ -6,6 +6,7 @@
 #include <functional>
 #include <optional>
 
+class QPrinter;
 class QWidget;
 
 namespace xv::host {
@@ -29,6 +30,13 @@ struct InputRequest
     QString proposed;
 };
 
+// A document to look at before it is printed: paint draws it, page after page, on the printer it is given.
+struct PreviewRequest
+{
+    QString title;
+    std::function<void(QPrinter&)> paint;
+};
+
 // The answer a box gives when it is closed without a choice: Ok, No or Cancel.
 Answer defaultAnswer(Buttons buttons);
 
@@ -39,10 +47,16 @@ class Dialogs
 public:
     using MessageHandler = std::function<Answer(const MessageRequest&)>;
     using InputHandler = std::function<std::optional<QString>(const InputRequest&)>;
+    using PreviewHandler = std::function<void(const PreviewRequest&)>;
+    using OpenHandler = std::function<void(const QString& path)>;
 
     static Answer message(const QString& text, Buttons buttons, Icon icon, const QString& title);
     // The operator's answer, or nothing when the box was cancelled.
     static std::optional<QString> input(const QString& prompt, const QString& title, const QString& proposed);
+    // Shows a document in a preview window, from which the operator may also print it.
+    static void preview(const QString& title, const std::function<void(QPrinter&)>& paint);
+    // Opens a file the program wrote (a PDF) with the program the system has for it.
+    static void openDocument(const QString& path);
 
     // The window the boxes belong to.
     static void setParent(QWidget* parent);
@@ -51,6 +65,8 @@ public:
     // The real boxes are put in place by the host's windows at start-up; tests put scripted answers.
     static void setMessageHandler(MessageHandler handler);
     static void setInputHandler(InputHandler handler);
+    static void setPreviewHandler(PreviewHandler handler);
+    static void setOpenHandler(OpenHandler handler);
 };
 
 } // namespace xv::host

@@ -2,6 +2,7 @@
 #include "PrintOutput.h"
 
 #include "common/RuntimeError.h"
+#include "host/Dialogs.h"
 #include "host/IHost.h"
 
 #include <QDateTime>
@@ -98,6 +99,19 @@ QString PrintOutput::notice() const
     return QStringLiteral("La stampante \"%1\" non è installata: il documento è stato salvato come PDF in:\n")
                .arg(m_missingPrinter) +
            where;
+}
+
+void tellWherePrinted(IHost& host, const QString& notice, const QString& pdfInsteadOfPrinter)
+{
+    if (notice.isEmpty())
+        return;
+    if (pdfInsteadOfPrinter.isEmpty()) {
+        Dialogs::message(notice, Buttons::Ok, Icon::Information, host.GetAppTitle());
+        return;
+    }
+    if (Dialogs::message(notice + QStringLiteral("\n\nAprire il documento?"), Buttons::YesNo, Icon::Question,
+                         host.GetAppTitle()) == Answer::Yes)
+        Dialogs::openDocument(pdfInsteadOfPrinter);
 }
 
 } // namespace xv::host

@@ -35,6 +35,8 @@ public:
     // What to tell the operator once the document is done: where the PDF file is, and why it is not on
     // paper. Empty when the document went to a printer.
     QString notice() const;
+    // The PDF file written because the printer was not there (not because a PDF was asked for).
+    QString pdfInsteadOfPrinter() const { return m_pdfAskedFor ? QString() : m_pdfPath; }
 
 private:
     std::unique_ptr<QPrinter> m_printer;
@@ -45,6 +47,10 @@ private:
     QStringList m_installed;
     bool m_pdfAskedFor = false;
 };
+
+// Tells the operator where a finished document went when it is not on paper. A PDF written because the
+// printer was not there is offered to be opened at once: the shop may still want it on paper today.
+void tellWherePrinted(IHost& host, const QString& notice, const QString& pdfInsteadOfPrinter);
 
 // The folder PDF files are written into, ending in a separator; made when missing.
 QString pdfFolder(IHost& host);

@@ -221,28 +221,54 @@ void printControlSlips(QPrinter& printer, const QVector<ControlSlip>& slips,
                                    QStringLiteral("La stampante non ha accettato le comande di controllo"));
 }
 
-int printReport(IHost& host, const QString& sql)
+namespace {
+
+// The slips of the rows of an SQL text: nothing when it gives no rows, unset when it fails.
+std::optional<QVector<ControlSlip>> slipsOf(IHost& host, const QString& sql)
 {
     data::Recordset rows;
     try {
         rows = host.OpenRecordset(sql);
     } catch (const common::RuntimeError& error) {
         qCWarning(lcReport) << "Testo della stampa non eseguibile:" << error.description() << sql;
+        return std::nullopt;
+    }
+    return controlSlips(rows, picturesFolder(host));
+}
+
+const QString kSlipsTitle = QStringLiteral("Comande di controllo");
+
+} // namespace
+
+int printReport(IHost& host, const QString& sql)
+{
+    const std::optional<QVector<ControlSlip>> slips = slipsOf(host, sql);
+    if (!slips)
         return -1;
-    }
-    if (rows.isEmpty())
+    if (slips->isEmpty())
         return 0;
-    const QVector<ControlSlip> slips = controlSlips(rows, picturesFolder(host));
     QString notice;
+    QString pdf;
     {
-        PrintOutput output(host, QStringLiteral("Comande di controllo"));
-        Progress progress(static_cast<int>(slips.size()));
-        printControlSlips(output.printer(), slips, [&progress](int done) { progress(done); });
+        PrintOutput output(host, kSlipsTitle);
+        Progress progress(static_cast<int>(slips->size()));
+        printControlSlips(output.printer(), *slips, [&progress](int done) { progress(done); });
         notice = output.notice();
+        pdf = output.pdfInsteadOfPrinter();
     }
-    if (!notice.isEmpty())
-        Dialogs::message(notice, Buttons::Ok, Icon::Information, host.GetAppTitle());
-    return static_cast<int>(slips.size());
+    tellWherePrinted(host, notice, pdf);
+    return static_cast<int>(slips->size());
+}
+
+int previewReport(IHost& host, const QString& sql)
+{
+    const std::optional<QVector<ControlSlip>> slips = slipsOf(host, sql);
+    if (!slips)
+        return -1;
+    if (slips->isEmpty())
+        return 0;
+    Dialogs::preview(kSlipsTitle, [&slips](QPrinter& printer) { printControlSlips(printer, *slips); });
+    return static_cast<int>(slips->size());
 }
 
 } // namespace xv::host

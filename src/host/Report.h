@@ -50,5 +50,7 @@ void printControlSlips(QPrinter& printer, const QVector<ControlSlip>& slips,
 // The host's report: the slips of the rows of an SQL text through the shop's print destination.
 // Answers the rows printed, 0 (nothing printed) when the text gives none, -1 when the text fails.
 int printReport(IHost& host, const QString& sql);
+// The same slips in a preview window, printed from there only if the operator chooses to; the same answers.
+int previewReport(IHost& host, const QString& sql);
 
 } // namespace xv::host

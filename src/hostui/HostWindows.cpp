@@ -6,7 +6,11 @@
 #include "hostui/ListWindow.h"
 
 #include <QAbstractButton>
+#include <QDesktopServices>
 #include <QInputDialog>
+#include <QUrl>
+#include <QPrintPreviewDialog>
+#include <QPrinter>
 #include <QMessageBox>
 
 namespace xv::hostui {
@@ -80,12 +84,40 @@ std::optional<QString> showInputBox(const host::InputRequest& request)
     return answer;
 }
 
+// Qt's preview window: the pages as they will print, zoom, page set-up, and printing from it through the
+// print dialog (printer, copies).
+void showPreview(const host::PreviewRequest& request)
+{
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setDocName(request.title);
+    QPrintPreviewDialog dialog(&printer, host::Dialogs::parent());
+    dialog.setWindowTitle(QStringLiteral("Anteprima - ") + request.title);
+    // A document that cannot be painted is the caller's error to report, not one to lose in the window's
+    // event loop.
+    std::exception_ptr failure;
+    QObject::connect(&dialog, &QPrintPreviewDialog::paintRequested, &dialog,
+                     [&request, &failure, &dialog](QPrinter* target) {
+                         try {
+                             request.paint(*target);
+                         } catch (...) {
+                             failure = std::current_exception();
+                             QMetaObject::invokeMethod(&dialog, &QDialog::reject, Qt::QueuedConnection);
+                         }
+                     });
+    dialog.exec();
+    if (failure)
+        std::rethrow_exception(failure);
+}
+
 } // namespace
 
 void installHostWindows()
 {
     host::Dialogs::setMessageHandler(showMessageBox);
     host::Dialogs::setInputHandler(showInputBox);
+    host::Dialogs::setPreviewHandler(showPreview);
+    host::Dialogs::setOpenHandler(
+        [](const QString& path) { QDesktopServices::openUrl(QUrl::fromLocalFile(path)); });
     host::setListWindowFactory([]() -> std::unique_ptr<host::IListWindow> { return std::make_unique<ListWindow>(); });
 }
 

@@ -107,12 +107,17 @@ ListDialog::ListDialog(ListRequest request, const Recordset& rows, QWidget* pare
     if (m_request.printable) {
         auto* printButton = new QPushButton(QStringLiteral("Stampa"), this);
         printButton->setObjectName(QStringLiteral("printButton"));
+        auto* previewButton = new QPushButton(QStringLiteral("Anteprima"), this);
+        previewButton->setObjectName(QStringLiteral("previewButton"));
         auto* pdfButton = new QPushButton(QStringLiteral("Salva PDF..."), this);
         printButton->setAutoDefault(false);
+        previewButton->setAutoDefault(false);
         pdfButton->setAutoDefault(false);
         buttons->addWidget(printButton);
+        buttons->addWidget(previewButton);
         buttons->addWidget(pdfButton);
         connect(printButton, &QPushButton::clicked, this, [this] { printShown(); });
+        connect(previewButton, &QPushButton::clicked, this, [this] { previewShown(); });
         connect(pdfButton, &QPushButton::clicked, this, [this] { saveWithDialog(); });
     }
     buttons->addStretch(1);
@@ -499,18 +504,31 @@ bool ListDialog::savePdf(const QString& path) const
     return written.exists() && written.size() > 0;
 }
 
+void ListDialog::previewShown()
+{
+    try {
+        Dialogs::preview(printTitle(), [this](QPrinter& printer) {
+            orient(printer, static_cast<int>(m_fields.size()));
+            printTo(printer);
+        });
+    } catch (...) {
+        reportCaught(QStringLiteral("ListDialog.Anteprima"), m_request.caption);
+    }
+}
+
 void ListDialog::printShown()
 {
     try {
         QString notice;
+        QString pdf;
         {
             host::PrintOutput output(host(), printTitle());
             orient(output.printer(), static_cast<int>(m_fields.size()));
             printTo(output.printer());
             notice = output.notice();
+            pdf = output.pdfInsteadOfPrinter();
         }
-        if (!notice.isEmpty())
-            Dialogs::message(notice, Buttons::Ok, Icon::Information, host().GetAppTitle());
+        host::tellWherePrinted(host(), notice, pdf);
     } catch (...) {
         reportCaught(QStringLiteral("ListDialog.Stampa"), m_request.caption);
     }

@@ -135,6 +135,7 @@ public:
     bool savePdf(const QString& path) const;
     // The print button: the rows shown to the shop's printer, or to a PDF file the operator is told of.
     void printShown();
+    void previewShown();
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -243,6 +243,30 @@ TEST_P(ComandeTest, SlipsOfTheChosenOrdersOfTheSelectedLineAndOfAnOrderWithoutRo
     EXPECT_EQ(test::pdfFiles(m_pdfDir.path()).size(), 2);
 }
 
+// The statement and the order's slips can be looked at before any paper: nothing is printed, and the
+// order is not marked collected.
+TEST_P(ComandeTest, ThePreviewsShowTheStatementAndTheSlipsOfTheOpenOrderAndPrintNothing)
+{
+    test::addOrderLine(db(), "12", QDate(m_year, 3, 3),
+                       {{"Descrizione1", "Scatola cuore"}, {"Nominativo", "Greco Lucia"}});
+    test::addOrderLine(db(), "12", QDate(m_year, 3, 3), {{"Descrizione1", "Confetti bianchi"}});
+    openForm();
+    typeNumberAndEnter("12");
+    test::ScriptedDialogs dialogs;
+    dialogs.expectPreview("Estratto commissione 12");
+    chooseEntry("PRINT", "ANTEPRIMA_ECM");
+    dialogs.expectPreview("Comande di controllo");
+    chooseEntry("PRINT", "ANTEPRIMA_SCC");
+    ASSERT_EQ(dialogs.previews().size(), 2);
+    const QString statement = test::pdfLayoutText(dialogs.previews()[0].pdfPath);
+    EXPECT_TRUE(statement.contains("Greco Lucia")) << statement.toStdString();
+    EXPECT_TRUE(statement.contains("Confetti bianchi")) << statement.toStdString();
+    EXPECT_EQ(test::pdfLayoutText(dialogs.previews()[1].pdfPath).count("COMANDA DI CONTROLLO"), 2);
+    EXPECT_TRUE(test::pdfFiles(m_pdfDir.path()).isEmpty());
+    EXPECT_EQ(test::scalar(db(), "select count(*) from movimenti where StatoRiga='RITIRATO'"), "0");
+    EXPECT_TRUE(m_host->reported.isEmpty()) << m_host->reported.join('\n').toStdString();
+}
+
 TEST_P(ComandeTest, TheCardsListShowsTheDaysOrdersWithCardsAndANonDateEndsSilently)
 {
     const QDate day(m_year, 5, 9);

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <QColor>
+#include <QFileInfo>
 #include <QPrinterInfo>
 #include <QImage>
 
@@ -90,6 +91,25 @@ TEST_P(PrintDestinationTest, WithPrintersButNoDefaultTheNoticeNamesThePrintersTh
     EXPECT_TRUE(output.toPdf());
     EXPECT_TRUE(output.notice().contains("Nessuna stampante è impostata come predefinita")) << output.notice().toStdString();
     EXPECT_TRUE(output.notice().contains(queue)) << output.notice().toStdString();
+}
+
+// A printer named that is not there: the slips are written as a PDF, and the operator is offered to open it
+// at once; a PDF asked for is only said where it is.
+TEST_P(PrintDestinationTest, APdfWrittenForAMissingPrinterIsOfferedToBeOpened)
+{
+    QTemporaryDir pdfDir;
+    h().SaveSetting("STAMPA", "CartellaPDF", pdfDir.path(), "eKELA");
+    h().SaveSetting("STAMPA", "Stampante", "Stampante del banco", "eKELA");
+    test::addOrderLine(h().GetConnection(), "8", QDate(2026, 6, 20));
+    test::ScriptedDialogs dialogs;
+    dialogs.expectMessage("La stampante \"Stampante del banco\" non è installata", host::Answer::Yes);
+    EXPECT_EQ(h().PrintReport(orders::slipSqlForOrder({"COMM", "8", "2026"})), 1);
+    EXPECT_TRUE(dialogs.messages().value(0).text.endsWith("Aprire il documento?"));
+    EXPECT_EQ(dialogs.messages().value(0).buttons, host::Buttons::YesNo);
+    ASSERT_EQ(dialogs.opened().size(), 1);
+    ASSERT_EQ(test::pdfFiles(pdfDir.path()).size(), 1);
+    EXPECT_EQ(QFileInfo(dialogs.opened()[0]).canonicalFilePath(),
+              QFileInfo(test::pdfFiles(pdfDir.path())[0]).canonicalFilePath());
 }
 
 XV_INSTANTIATE_FOR_ENGINES(PrintDestinationTest);

@@ -264,6 +264,13 @@ TEST_P(ListWindowTest, ThePrintButtonPrintsTheRowsShownThroughTheShopsPrintDesti
         EXPECT_TRUE(text.contains(shown, Qt::CaseInsensitive)) << shown << "\n" << text.toStdString();
     EXPECT_FALSE(text.contains("Bianchi Luca"));
 
+    // Its preview shows the same rows and prints nothing.
+    dialogs.expectPreview("Commissioni da ritirare");
+    QTest::mouseClick(dialog.findChild<QPushButton*>("previewButton"), Qt::LeftButton);
+    ASSERT_EQ(dialogs.previews().size(), 1);
+    EXPECT_TRUE(test::pdfLayoutText(dialogs.previews()[0].pdfPath).contains("Rossi Anna"));
+    EXPECT_EQ(test::pdfFiles(pdfDir.path()).size(), 1);
+
     // A list of one day's work prints that day under its own title, whatever the caption.
     request.printTitle = "Lista bigliettini";
     request.printDay = QDate(2026, 6, 20);
@@ -316,7 +323,7 @@ TEST_F(ListDialogTest, TypingFiltersOverAllColumnsAndOnlyTheFilteredRowsArePrint
     QStringList buttons;
     for (const QPushButton* button : dialog.findChildren<QPushButton*>())
         buttons << button->text();
-    EXPECT_EQ(buttons, (QStringList{"Scegli", "Annulla", "Stampa", "Salva PDF..."}));
+    EXPECT_EQ(buttons, (QStringList{"Scegli", "Annulla", "Stampa", "Anteprima", "Salva PDF..."}));
     EXPECT_EQ(dialog.counterText(), "4 righe");
     QTest::keyClicks(dialog.filterEdit(), "ros");
     EXPECT_EQ(dialog.visibleRowCount(), 3); // Rossano is a town, not a name

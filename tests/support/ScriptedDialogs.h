@@ -5,6 +5,7 @@
 #include "host/Dialogs.h"
 
 #include <QStringList>
+#include <QTemporaryDir>
 #include <QVector>
 
 #include <deque>
@@ -26,6 +27,18 @@ public:
 
     const QVector<host::MessageRequest>& messages() const { return m_messages; }
 
+    // The next preview window must have this text in its title; what it shows is painted into a PDF file,
+    // which previews() names.
+    void expectPreview(const QString& titleContaining);
+    struct Preview
+    {
+        QString title;
+        QString pdfPath;
+    };
+    const QVector<Preview>& previews() const { return m_previews; }
+    // The files the program asked to open.
+    const QStringList& opened() const { return m_opened; }
+
 private:
     struct Expected
     {
@@ -34,6 +47,10 @@ private:
     };
     std::deque<Expected> m_expectedMessages;
     QVector<host::MessageRequest> m_messages;
+    std::deque<QString> m_expectedPreviews;
+    QVector<Preview> m_previews;
+    QStringList m_opened;
+    QTemporaryDir m_previewDir;
 };
 
 } // namespace xv::test
