@@ -81,6 +81,7 @@ void frm_Commissioni::setupControls()
                               {"ANTEPRIMA_SCC", "Anteprima delle righe di questa Commissione"},
                               {"SCC_INTERVALLO", "Tutte le righe delle Commissioni selezionate"},
                               {"LISTA_BIGLIETTINI", "Lista bigliettini"},
+                              {"IMPOSTAZIONI_STAMPA_POSTA", "Impostazioni stampa e posta..."},
                               {"REP_DES", "Report Designer"}});
     // "Commssioni" is how the shop has always read these entries.
     addMenu(m_ui->act_FIND, {{"SCC_INTERVALLO", "Tutte le Commissioni da Stampare"},

@@ -8,6 +8,7 @@
 #include "common/Dates.h"
 #include "data/Recordset.h"
 #include "host/Dialogs.h"
+#include "host/PrintMailSettings.h"
 #include "host/Report.h"
 #include "host/Services.h"
 #include "lines/FlexGrid.h"
@@ -130,6 +131,8 @@ void frm_Commissioni::tbComandi_ButtonMenuClick(QAction* entry)
             host::listWindow().SelectFromList(key, 1, QStringLiteral("COMMISSIONI - CONFIGURA APP"),
                                               confirmed);
             GET_Impostazioni();
+        } else if (key == QLatin1String("IMPOSTAZIONI_STAMPA_POSTA")) {
+            host::openPrintMailWindow();
         }
         // "REP_DES" and any other key: nothing, as the shop has always had it.
     } catch (...) {

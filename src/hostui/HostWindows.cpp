@@ -4,6 +4,7 @@
 #include "host/Dialogs.h"
 #include "host/Services.h"
 #include "hostui/ListWindow.h"
+#include "hostui/PrintMailDialog.h"
 
 #include <QAbstractButton>
 #include <QDesktopServices>
@@ -116,6 +117,7 @@ void installHostWindows()
     host::Dialogs::setMessageHandler(showMessageBox);
     host::Dialogs::setInputHandler(showInputBox);
     host::Dialogs::setPreviewHandler(showPreview);
+    host::setPrintMailWindow([] { PrintMailDialog::run(); });
     host::Dialogs::setOpenHandler(
         [](const QString& path) { QDesktopServices::openUrl(QUrl::fromLocalFile(path)); });
     host::setListWindowFactory([]() -> std::unique_ptr<host::IListWindow> { return std::make_unique<ListWindow>(); });

@@ -8,6 +8,7 @@
 #include "TestOrders.h"
 
 #include "common/Dates.h"
+#include "host/PrintMailSettings.h"
 #include "host/Dialogs.h"
 #include "lines/FlexGrid.h"
 #include "lines/GridColumns.h"
@@ -341,6 +342,13 @@ TEST_P(ComandeTest, ConfigurationIsReadAgainAfterItsWindowAndReportDesignerDoesN
         });
         chooseEntry("FIND", "config_comm");
         EXPECT_EQ(form.settings().tipomovimento, "CX");
+    }
+    {
+        int opened = 0;
+        host::setPrintMailWindow([&opened] { ++opened; });
+        chooseEntry("PRINT", "IMPOSTAZIONI_STAMPA_POSTA");
+        host::setPrintMailWindow({});
+        EXPECT_EQ(opened, 1) << "the printing and mail settings window";
     }
     {
         test::ScriptedDialogs dialogs;
