@@ -72,12 +72,19 @@ QString slipValue(const QVariant& value)
     return text;
 }
 
-double toDevice(const QPrinter& printer, double mm)
+double toDevice(const QPaintDevice& printer, double mm)
 {
-    return mm * printer.resolution() / 25.4;
+    return mm * printer.logicalDpiX() / 25.4;
 }
 
-void paintSlip(QPainter& painter, const QPrinter& printer, const QRectF& box, const ControlSlip& slip)
+// A printer that ended the job in error took nothing, whatever the painter says.
+bool jobRefused(QPagedPaintDevice& device)
+{
+    const auto* printer = dynamic_cast<const QPrinter*>(&device);
+    return printer && printer->printerState() == QPrinter::Error;
+}
+
+void paintSlip(QPainter& painter, const QPaintDevice& printer, const QRectF& box, const ControlSlip& slip)
 {
     const double pad = toDevice(printer, 3);
     painter.setPen(QPen(Qt::black, toDevice(printer, 0.3)));
@@ -188,7 +195,7 @@ QString picturesFolder(IHost& host)
     return QDir::cleanPath(folder) + QLatin1Char('/');
 }
 
-void printControlSlips(QPrinter& printer, const QVector<ControlSlip>& slips,
+void printControlSlips(QPagedPaintDevice& printer, const QVector<ControlSlip>& slips,
                        const std::function<void(int done)>& progress)
 {
     printer.setPageOrientation(QPageLayout::Portrait);
@@ -197,7 +204,7 @@ void printControlSlips(QPrinter& printer, const QVector<ControlSlip>& slips,
     if (!painter.begin(&printer))
         throw common::RuntimeError(
             kDeviceUnavailable, QStringLiteral("Impossibile avviare la stampa delle comande di controllo"));
-    const QRectF page = printer.pageLayout().paintRectPixels(printer.resolution());
+    const QRectF page = printer.pageLayout().paintRectPixels(printer.logicalDpiX());
     const QRectF area(0, 0, page.width(), page.height());
     const double gap = toDevice(printer, 6);
     const double height = (area.height() - gap * (kSlipsPerPage - 1)) / kSlipsPerPage;
@@ -216,7 +223,7 @@ void printControlSlips(QPrinter& printer, const QVector<ControlSlip>& slips,
             progress(i + 1);
     }
     // A job the printer refused is no slip printed: the operator must know the workshop got nothing.
-    if (!painter.end() || printer.printerState() == QPrinter::Error)
+    if (!painter.end() || jobRefused(printer))
         throw common::RuntimeError(kPrinterError,
                                    QStringLiteral("La stampante non ha accettato le comande di controllo"));
 }

@@ -7,7 +7,7 @@
 #include <functional>
 
 class QPainter;
-class QPrinter;
+class QPagedPaintDevice;
 
 namespace xv::data {
 class Recordset;
@@ -43,8 +43,9 @@ QString picturesFolder(IHost& host);
 // How many slips go on one page; the sheet is cut along the dashed lines.
 inline constexpr int kSlipsPerPage = 4;
 
-// Prints the slips, kSlipsPerPage to a page; progress is told the number of slips done after each.
-void printControlSlips(QPrinter& printer, const QVector<ControlSlip>& slips,
+// Prints the slips, kSlipsPerPage to a page, on a printer or any paged device (a PDF writer); progress is
+// told the number of slips done after each. Throws when the device refuses a page or the job.
+void printControlSlips(QPagedPaintDevice& printer, const QVector<ControlSlip>& slips,
                        const std::function<void(int done)>& progress = {});
 
 // The host's report: the slips of the rows of an SQL text through the shop's print destination.

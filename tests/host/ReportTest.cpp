@@ -4,6 +4,7 @@
 #include "TestDatabase.h"
 #include "TestOrders.h"
 
+#include "common/RuntimeError.h"
 #include "host/PrintOutput.h"
 #include "host/Report.h"
 #include "orders/OrderSelections.h"
@@ -11,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <QColor>
+#include <QPdfWriter>
 #include <QFileInfo>
 #include <QPrinterInfo>
 #include <QImage>
@@ -70,6 +72,33 @@ TEST_P(ReportTest, OneSlipPerRowWithItsColumnsDatesDayFirstAndThePictureWhereThe
     EXPECT_FALSE(text.contains("fotoart")) << "the picture's name is no line of the slip";
     EXPECT_EQ(test::pdfPageCount(files[0]), 2) << "four slips to a page";
     EXPECT_EQ(test::pdfImageCount(files[0]), 1) << "only the article with a picture file shows one";
+}
+
+// A device that refuses a new page, as a printer whose job has failed does.
+class RefusingWriter : public QPdfWriter
+{
+public:
+    using QPdfWriter::QPdfWriter;
+    bool newPage() override { return false; }
+};
+
+// Slips a printer refuses are an error the operator is told of, never slips counted as printed.
+TEST(ControlSlipPrintTest, APageTheDeviceRefusesIsAnError)
+{
+    QTemporaryDir dir;
+    data::Recordset rows = data::Recordset::fromRows(
+        {"numero", "Descrizione1"}, {{"8", "Uno"}, {"8", "Due"}, {"8", "Tre"}, {"8", "Quattro"}, {"8", "Cinque"}});
+    const QVector<host::ControlSlip> slips = host::controlSlips(rows, dir.path() + "/");
+    QPdfWriter fine(dir.filePath("comande.pdf"));
+    EXPECT_NO_THROW(host::printControlSlips(fine, slips));
+    EXPECT_EQ(test::pdfPageCount(dir.filePath("comande.pdf")), 2);
+    RefusingWriter refusing(dir.filePath("rifiutate.pdf"));
+    try {
+        host::printControlSlips(refusing, slips);
+        ADD_FAILURE() << "five slips printed on a device that took one page only";
+    } catch (const common::RuntimeError& e) {
+        EXPECT_EQ(e.number(), 482);
+    }
 }
 
 class PrintDestinationTest : public test::HostedTest
