@@ -15,6 +15,7 @@
 #include "printing/Statement.h"
 
 #include <QApplication>
+#include <QPrinter>
 
 namespace xv::form {
 

@@ -66,10 +66,10 @@ QString amountLine(const QString& label, const common::Money& amount, const PadW
 
 // Where the lines go, in the painter's coordinates: the printable area, narrowed where the printer keeps
 // less than kSideMarginMm of paper at a side.
-QRectF textArea(const QPrinter& printer)
+QRectF textArea(const QPagedPaintDevice& printer)
 {
     const QPageLayout layout = printer.pageLayout();
-    const int dpi = printer.resolution();
+    const int dpi = printer.logicalDpiX();
     const QRectF printable = layout.paintRectPixels(dpi);
     const QRectF paper = layout.fullRectPixels(dpi);
     const double side = kSideMarginMm / kMmPerInch * dpi;
@@ -225,8 +225,9 @@ QFont statementFont(const StatementLine& line)
     return font;
 }
 
-void printStatement(const Statement& statement, QPrinter& printer)
+void printStatement(const Statement& statement, QPagedPaintDevice& printer)
 {
+    const auto* queue = dynamic_cast<const QPrinter*>(&printer);
     QImage picture;
     if (!statement.picturePath.isEmpty() && !picture.load(statement.picturePath))
         throw common::RuntimeError(kInvalidPicture,
@@ -235,10 +236,12 @@ void printStatement(const Statement& statement, QPrinter& printer)
     if (!painter.begin(&printer))
         throw common::RuntimeError(
             kPrinterError,
-            QStringLiteral("Impossibile avviare la stampa su ") +
-                (printer.outputFileName().isEmpty() ? printer.printerName() : printer.outputFileName()));
+            QStringLiteral("Impossibile avviare la stampa") +
+                (!queue                            ? QString()
+                 : queue->outputFileName().isEmpty() ? QStringLiteral(" su ") + queue->printerName()
+                                                     : QStringLiteral(" su ") + queue->outputFileName()));
     if (!picture.isNull()) {
-        const double scale = printer.resolution() / kTwipsPerInch;
+        const double scale = printer.logicalDpiX() / kTwipsPerInch;
         const QRect& at = statement.pictureTwips;
         painter.drawImage(QRectF(at.x() * scale, at.y() * scale, at.width() * scale, at.height() * scale),
                           picture);
@@ -275,7 +278,8 @@ void printStatement(const Statement& statement, QPrinter& printer)
                              number);
         }
     }
-    if (!painter.end() || printer.printerState() == QPrinter::Error)
+    // A printer that ended the job in error took nothing, whatever the painter says.
+    if (!painter.end() || (queue && queue->printerState() == QPrinter::Error))
         throw common::RuntimeError(kPrinterError,
                                    QStringLiteral("La stampante non ha accettato il documento"));
 }

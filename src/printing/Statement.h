@@ -10,7 +10,7 @@
 
 #include <functional>
 
-class QPrinter;
+class QPagedPaintDevice;
 
 namespace xv::printing {
 
@@ -87,12 +87,12 @@ Statement buildStatement(const StatementInput& input, const PadWidthFn& padWidth
 // The font of a statement line: the fixed-pitch face, or the system's monospace one where it is missing.
 QFont statementFont(const StatementLine& line);
 
-// Paints the statement onto an open printer: the picture where its twips say, then the lines one under the
-// other, each as high as its font, on as many pages as they need, at least 7 mm from either side of the
-// paper. A line too wide for the page at its size is painted in the size that fits. A statement of
-// several pages repeats its page heading on the pages after the first and numbers every page at its foot
-// ("Pagina 1 di 3"). Throws when the printer cannot be started, or when a picture that exists cannot be
-// read.
-void printStatement(const Statement& statement, QPrinter& printer);
+// Paints the statement onto a printer or any paged device (a PDF writer): the picture where its twips
+// say, then the lines one under the other, each as high as its font, on as many pages as they need, at
+// least 7 mm from either side of the paper. A line too wide for the page at its size is painted in the size
+// that fits. A statement of several pages repeats its page heading on the pages after the first and
+// numbers every page at its foot ("Pagina 1 di 3"). Throws when the device cannot be started or refuses a
+// page or the job, or when a picture that exists cannot be read.
+void printStatement(const Statement& statement, QPagedPaintDevice& printer);
 
 } // namespace xv::printing
