@@ -134,6 +134,7 @@ public:
                             nullptr, params.values, nullptr, nullptr, 0),
                "exists");
         insertRows();
+        keepSave(key);
         transaction.commit();
     }
 
@@ -142,6 +143,7 @@ public:
         Transaction transaction(*this);
         deleteRows(key);
         insertRows();
+        keepSave(key);
         transaction.commit();
     }
 
@@ -153,6 +155,23 @@ public:
     }
 
 private:
+    // As the program does: the save's identity looked up, then kept with the order.
+    void keepSave(const orders::OrderKey& key)
+    {
+        const std::string id = orders::Order::newSaveId().toStdString();
+        const char* idValue[] = {id.c_str()};
+        Result(m_conn,
+               PQexecParams(m_conn, "select documento, numero, serie from salvataggi where id = $1", 1, nullptr,
+                            idValue, nullptr, nullptr, 0),
+               "earlier save");
+        KeyParams params(key);
+        const char* values[] = {id.c_str(), params.values[0], params.values[1], params.values[2]};
+        Result(m_conn,
+               PQexecParams(m_conn,
+                            "insert into salvataggi (id, documento, numero, serie, dal) values ($1, $2, $3, $4, now())",
+                            4, nullptr, values, nullptr, nullptr, 0),
+               "keep save");
+    }
     struct KeyParams
     {
         explicit KeyParams(const orders::OrderKey& key)

@@ -121,6 +121,7 @@ public:
         exists.bindKey(key);
         exists.step();
         insertRows();
+        keepSave(key);
         transaction.commit();
     }
 
@@ -129,6 +130,7 @@ public:
         Transaction transaction(*this);
         deleteRows(key);
         insertRows();
+        keepSave(key);
         transaction.commit();
     }
 
@@ -140,6 +142,21 @@ public:
     }
 
 private:
+    // As the program does: the save's identity looked up, then kept with the order.
+    void keepSave(const orders::OrderKey& key)
+    {
+        const QString id = orders::Order::newSaveId();
+        Statement earlier(m_db, "select documento, numero, serie from salvataggi where id = ?1");
+        earlier.bindText(1, id);
+        earlier.step();
+        Statement keep(m_db, "insert into salvataggi (id, documento, numero, serie, dal) values (?1, ?2, ?3, ?4, ?5)");
+        keep.bindText(1, id);
+        keep.bindText(2, key.documento);
+        keep.bindText(3, key.numero);
+        keep.bindText(4, key.serie);
+        keep.bindText(5, QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")));
+        keep.step();
+    }
     class Transaction
     {
     public:
