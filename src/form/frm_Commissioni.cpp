@@ -88,7 +88,7 @@ void frm_Commissioni::setupControls()
                              {"CO_RITIRATO", "Tutte le Commssioni Emesse da Ritirare"},
                              {"CO_EMESSO", "Tutte le Commssioni Ritirate da Emettere"},
                              {"config_comm", "Configurazione App"}});
-    setupComandeControls();
+    setupMenuControls();
 
     m_mBomboniere = new QMenu(this);
     m_mBomboniere->setObjectName(QStringLiteral("mBomboniere"));

@@ -251,7 +251,7 @@ private:
     void putGridLines(const QVector<QStringList>& lines, std::initializer_list<int> columns);
     void printAfterSaving();
     // --- control slips and change of state: the menus' entries and the status-bar panels wired up
-    void setupComandeControls();
+    void setupMenuControls();
     // --- printing: the order statement
     // The open order as its statement shows it, read from the form, with the shop's settings for it.
     printing::StatementInput statementInput() const;

@@ -94,7 +94,7 @@ orders::ChosenOrders chooseOrders(const orders::ModuleSettings& settings, const 
 
 } // namespace
 
-void frm_Commissioni::setupComandeControls()
+void frm_Commissioni::setupMenuControls()
 {
     for (QAction* button : {m_ui->act_PRINT, m_ui->act_FIND}) {
         if (QMenu* menu = button->menu())

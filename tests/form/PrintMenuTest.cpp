@@ -28,7 +28,7 @@ using namespace xv;
 using data::Recordset;
 using form::frm_Commissioni;
 
-class ComandeTest : public test::FormTest
+class PrintMenuTest : public test::FormTest
 {
 protected:
     void SetUp() override
@@ -100,7 +100,7 @@ const StateCase kStateCases[] = {
     {"CO_EMESSO", "RITIRATO", "EMESSO", "EVENTO ENTRATA", "0 CO", "sono state EMESSE ?"},
 };
 
-TEST_P(ComandeTest, ThreeChosenOrdersOfTwoSeriesChangeStateWithEveryRowTheirNumberAndSeriesMatch)
+TEST_P(PrintMenuTest, ThreeChosenOrdersOfTwoSeriesChangeStateWithEveryRowTheirNumberAndSeriesMatch)
 {
     const QString last = QString::number(m_year - 1);
     const QString now = QString::number(m_year);
@@ -159,7 +159,7 @@ TEST_P(ComandeTest, ThreeChosenOrdersOfTwoSeriesChangeStateWithEveryRowTheirNumb
     EXPECT_TRUE(m_host->reported.isEmpty()) << m_host->reported.join('\n').toStdString();
 }
 
-TEST_P(ComandeTest, NoCancelAndAnEmptyChoiceWriteNothingAndOnlyAChoiceAsks)
+TEST_P(PrintMenuTest, NoCancelAndAnEmptyChoiceWriteNothingAndOnlyAChoiceAsks)
 {
     test::addOrderLine(db(), "12", QDate(m_year, 3, 3));
     openForm();
@@ -190,7 +190,7 @@ TEST_P(ComandeTest, NoCancelAndAnEmptyChoiceWriteNothingAndOnlyAChoiceAsks)
     }
 }
 
-TEST_P(ComandeTest, SlipsOfTheChosenOrdersOfTheSelectedLineAndOfAnOrderWithoutRows)
+TEST_P(PrintMenuTest, SlipsOfTheChosenOrdersOfTheSelectedLineAndOfAnOrderWithoutRows)
 {
     test::addOrderLine(db(), "12", QDate(m_year, 3, 3), {{"Descrizione1", "Scatola cuore"}});
     test::addOrderLine(db(), "12", QDate(m_year, 3, 3), {{"Descrizione1", "Confetti bianchi"}});
@@ -246,7 +246,7 @@ TEST_P(ComandeTest, SlipsOfTheChosenOrdersOfTheSelectedLineAndOfAnOrderWithoutRo
 
 // The statement and the order's slips can be looked at before any paper: nothing is printed, and the
 // order is not marked collected.
-TEST_P(ComandeTest, ThePreviewsShowTheStatementAndTheSlipsOfTheOpenOrderAndPrintNothing)
+TEST_P(PrintMenuTest, ThePreviewsShowTheStatementAndTheSlipsOfTheOpenOrderAndPrintNothing)
 {
     test::addOrderLine(db(), "12", QDate(m_year, 3, 3),
                        {{"Descrizione1", "Scatola cuore"}, {"Nominativo", "Greco Lucia"}});
@@ -268,7 +268,7 @@ TEST_P(ComandeTest, ThePreviewsShowTheStatementAndTheSlipsOfTheOpenOrderAndPrint
     EXPECT_TRUE(m_host->reported.isEmpty()) << m_host->reported.join('\n').toStdString();
 }
 
-TEST_P(ComandeTest, TheCardsListShowsTheDaysOrdersWithCardsAndANonDateEndsSilently)
+TEST_P(PrintMenuTest, TheCardsListShowsTheDaysOrdersWithCardsAndANonDateEndsSilently)
 {
     const QDate day(m_year, 5, 9);
     test::addOrderLine(db(), "12", day,
@@ -328,7 +328,7 @@ TEST_P(ComandeTest, TheCardsListShowsTheDaysOrdersWithCardsAndANonDateEndsSilent
     }
 }
 
-TEST_P(ComandeTest, ConfigurationIsReadAgainAfterItsWindowAndReportDesignerDoesNothing)
+TEST_P(PrintMenuTest, ConfigurationIsReadAgainAfterItsWindowAndReportDesignerDoesNothing)
 {
     frm_Commissioni& form = openForm();
     {
@@ -377,6 +377,6 @@ TEST_P(ComandeTest, ConfigurationIsReadAgainAfterItsWindowAndReportDesignerDoesN
     EXPECT_TRUE(m_host->reported.isEmpty()) << m_host->reported.join('\n').toStdString();
 }
 
-XV_INSTANTIATE_FOR_ENGINES(ComandeTest);
+XV_INSTANTIATE_FOR_ENGINES(PrintMenuTest);
 
 } // namespace
