@@ -92,6 +92,19 @@ orders::ChosenOrders chooseOrders(const orders::ModuleSettings& settings, const 
     return orders::chosenOrders(rows);
 }
 
+// What the operator is told when the slips asked for are not shown: no rows, or a selection that failed.
+void tellSlipsFound(int found)
+{
+    host::IHost& h = host::host();
+    if (found == 0)
+        Dialogs::message(QStringLiteral("Il risultato della selezione non ha restituito nessun elemento!"),
+                         Buttons::Ok, Icon::Information, h.GetAppTitle());
+    else if (found < 0)
+        Dialogs::message(QStringLiteral("La composizione della ricerca non è corretta o mancano i parametri "
+                                        "necessari!"),
+                         Buttons::Ok, Icon::Exclamation, h.GetAppTitle());
+}
+
 } // namespace
 
 void frm_Commissioni::setupMenuControls()
@@ -195,16 +208,7 @@ void frm_Commissioni::Documento_StampaCControllo(qint16 mode)
         const QString question = printing::slipQuestion(scope, numero, serie);
         if (!question.isEmpty() && !askYesNo(question))
             return;
-        const int found = h.PrintReport(sql);
-        if (found == 0)
-            Dialogs::message(
-                QStringLiteral("Il risultato della selezione non ha restituito nessun elemento!"),
-                Buttons::Ok, Icon::Information, h.GetAppTitle());
-        else if (found < 0)
-            Dialogs::message(
-                QStringLiteral("La composizione della ricerca non è corretta o mancano i parametri "
-                               "necessari!"),
-                Buttons::Ok, Icon::Exclamation, h.GetAppTitle());
+        tellSlipsFound(h.PrintReport(sql));
     } catch (...) {
         h.ReportError(QStringLiteral("Documento_StampaCControllo"),
                       QStringLiteral("Errore durante la stampa delle comande di controllo"), true);
@@ -215,9 +219,7 @@ void frm_Commissioni::Documento_AnteprimaCControllo()
 {
     host::IHost& h = host::host();
     try {
-        if (host::previewReport(h, orders::slipSqlForOrder(m_order.orderKey())) == 0)
-            Dialogs::message(QStringLiteral("Il risultato della selezione non ha restituito nessun elemento!"),
-                             Buttons::Ok, Icon::Information, h.GetAppTitle());
+        tellSlipsFound(host::previewReport(h, orders::slipSqlForOrder(m_order.orderKey())));
     } catch (...) {
         h.ReportError(QStringLiteral("Documento_AnteprimaCControllo"),
                       QStringLiteral("Errore durante l'anteprima delle comande di controllo"), true);
