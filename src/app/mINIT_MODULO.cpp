@@ -103,7 +103,7 @@ bool InitModulo(QWidget*& form, bool maximise, bool centre, bool keepCaption)
         result = true;
 
         // Qt widgets keep their own backing store, so the persistent redraw of old needs nothing here.
-        form = h.AttachForm(form, true);
+        form = qobject_cast<QWidget*>(h.AttachForm(form, true));
         setMousePointer(0);
         return result;
     } catch (...) {

@@ -4,7 +4,9 @@
 #include "app/aMAIN.h"
 #include "app/mINIT_MODULO.h"
 #include "common/Dates.h"
+#include "demo/DemoData.h"
 #include "form/frm_Commissioni.h"
+#include "host/Host.h"
 #include "host/Services.h"
 #include "hostui/HostWindows.h"
 
@@ -47,6 +49,11 @@ int main(int argc, char** argv)
     xv::app::installExitSignals();
 
     xv::hostui::installHostWindows();
+    // A first start on the program's own database shows a working shop, not an empty window.
+    xv::host::setDemoShopFiller([](xv::data::Database& db) {
+        const xv::demo::DemoSummary summary = xv::demo::fillDemoData(db, xv::demo::DemoOptions());
+        qCInfo(lcApp) << "demo data:" << summary.orders << "orders," << summary.movimentiRows << "rows";
+    });
     xv::app::Main();
     if (xv::app::programEndRequested())
         return 1;

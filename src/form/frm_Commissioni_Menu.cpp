@@ -93,16 +93,20 @@ orders::ChosenOrders chooseOrders(const orders::ModuleSettings& settings, const 
 }
 
 // What the operator is told when the slips asked for are not shown: no rows, or a selection that failed.
-void tellSlipsFound(int found)
+// Prints or previews slips, telling the operator when the selection found none or could not be read.
+void tellSlipsFound(const std::function<int()>& print)
 {
     host::IHost& h = host::host();
-    if (found == 0)
-        Dialogs::message(QStringLiteral("Il risultato della selezione non ha restituito nessun elemento!"),
-                         Buttons::Ok, Icon::Information, h.GetAppTitle());
-    else if (found < 0)
+    try {
+        if (print() == 0)
+            Dialogs::message(
+                QStringLiteral("Il risultato della selezione non ha restituito nessun elemento!"),
+                Buttons::Ok, Icon::Information, h.GetAppTitle());
+    } catch (const host::BadSelection&) {
         Dialogs::message(QStringLiteral("La composizione della ricerca non è corretta o mancano i parametri "
                                         "necessari!"),
                          Buttons::Ok, Icon::Exclamation, h.GetAppTitle());
+    }
 }
 
 } // namespace
@@ -208,7 +212,7 @@ void frm_Commissioni::Documento_StampaCControllo(qint16 mode)
         const QString question = printing::slipQuestion(scope, numero, serie);
         if (!question.isEmpty() && !askYesNo(question))
             return;
-        tellSlipsFound(h.PrintReport(sql));
+        tellSlipsFound([&h, &sql] { return h.PrintReport(sql); });
     } catch (...) {
         h.ReportError(QStringLiteral("Documento_StampaCControllo"),
                       QStringLiteral("Errore durante la stampa delle comande di controllo"), true);
@@ -219,7 +223,8 @@ void frm_Commissioni::Documento_AnteprimaCControllo()
 {
     host::IHost& h = host::host();
     try {
-        tellSlipsFound(host::previewReport(h, orders::slipSqlForOrder(m_order.orderKey())));
+        tellSlipsFound(
+            [&h, this] { return host::previewReport(h, orders::slipSqlForOrder(m_order.orderKey())); });
     } catch (...) {
         h.ReportError(QStringLiteral("Documento_AnteprimaCControllo"),
                       QStringLiteral("Errore durante l'anteprima delle comande di controllo"), true);

@@ -15,7 +15,7 @@
 #include "printing/Statement.h"
 
 #include <QApplication>
-#include <QPrinter>
+#include <QPagedPaintDevice>
 
 namespace xv::form {
 
@@ -83,8 +83,9 @@ void frm_Commissioni::Documento_AnteprimaEstratto()
             input.deposit = QStringLiteral("0");
         const printing::Statement statement = printing::buildStatement(
             input, [&h](const QString& text, int width) { return h.PadWidth(text, width, 0); }, &row);
-        host::Dialogs::preview(QStringLiteral("Estratto commissione ") + m_order.numero,
-                               [&statement](QPrinter& printer) { printing::printStatement(statement, printer); });
+        host::Dialogs::preview(
+            QStringLiteral("Estratto commissione ") + m_order.numero,
+            [&statement](QPagedPaintDevice& device) { printing::printStatement(statement, device); });
     } catch (...) {
         h.ReportError(QStringLiteral("Documento_AnteprimaEstratto") + QString::number(row),
                       QStringLiteral("Errori rilevati durante l'anteprima dell'estratto N° ") + m_order.numero,
@@ -125,7 +126,8 @@ bool frm_Commissioni::Documento_StampaRicevutaRitiro()
             const printing::Statement statement = printing::buildStatement(
                 input, [&h](const QString& text, int width) { return h.PadWidth(text, width, 0); }, &row);
             host::PrintOutput output(h, QStringLiteral("Estratto commissione ") + m_order.numero);
-            printing::printStatement(statement, output.printer());
+            printing::printStatement(statement, output.device(), output.destination());
+            output.finish(QString::fromUtf8(printing::kStatementRefused));
             notice = output.notice();
             pdf = output.pdfInsteadOfPrinter();
         });

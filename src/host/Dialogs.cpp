@@ -2,8 +2,8 @@
 #include "Dialogs.h"
 
 #include <QLoggingCategory>
+#include <QObject>
 #include <QPointer>
-#include <QWidget>
 
 Q_LOGGING_CATEGORY(lcDialogs, "xv.host.dialogs")
 
@@ -13,7 +13,7 @@ namespace {
 
 struct State
 {
-    QPointer<QWidget> parent;
+    QPointer<QObject> parent;
     Dialogs::MessageHandler messageHandler;
     Dialogs::InputHandler inputHandler;
     Dialogs::PreviewHandler previewHandler;
@@ -61,7 +61,7 @@ std::optional<QString> Dialogs::input(const QString& prompt, const QString& titl
     return std::nullopt;
 }
 
-void Dialogs::preview(const QString& title, const std::function<void(QPrinter&)>& paint)
+void Dialogs::preview(const QString& title, const std::function<void(QPagedPaintDevice&)>& paint)
 {
     if (state().previewHandler)
         return state().previewHandler(PreviewRequest{title, paint});
@@ -75,12 +75,12 @@ void Dialogs::openDocument(const QString& path)
     qCWarning(lcDialogs).noquote() << "nothing to open documents with:" << path;
 }
 
-void Dialogs::setParent(QWidget* parent)
+void Dialogs::setParent(QObject* parent)
 {
     state().parent = parent;
 }
 
-QWidget* Dialogs::parent()
+QObject* Dialogs::parent()
 {
     return state().parent;
 }

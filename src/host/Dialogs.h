@@ -6,8 +6,8 @@
 #include <functional>
 #include <optional>
 
-class QPrinter;
-class QWidget;
+class QObject;
+class QPagedPaintDevice;
 
 namespace xv::host {
 
@@ -30,11 +30,11 @@ struct InputRequest
     QString proposed;
 };
 
-// A document to look at before it is printed: paint draws it, page after page, on the printer it is given.
+// A document to look at before it is printed: paint draws it, page after page, on the device it is given.
 struct PreviewRequest
 {
     QString title;
-    std::function<void(QPrinter&)> paint;
+    std::function<void(QPagedPaintDevice&)> paint;
 };
 
 // The answer a box gives when it is closed without a choice: Ok, No or Cancel.
@@ -54,13 +54,13 @@ public:
     // The operator's answer, or nothing when the box was cancelled.
     static std::optional<QString> input(const QString& prompt, const QString& title, const QString& proposed);
     // Shows a document in a preview window, from which the operator may also print it.
-    static void preview(const QString& title, const std::function<void(QPrinter&)>& paint);
+    static void preview(const QString& title, const std::function<void(QPagedPaintDevice&)>& paint);
     // Opens a file the program wrote (a PDF) with the program the system has for it.
     static void openDocument(const QString& path);
 
     // The window the boxes belong to.
-    static void setParent(QWidget* parent);
-    static QWidget* parent();
+    static void setParent(QObject* parent);
+    static QObject* parent();
 
     // The real boxes are put in place by the host's windows at start-up; tests put scripted answers.
     static void setMessageHandler(MessageHandler handler);

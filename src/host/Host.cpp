@@ -7,7 +7,6 @@
 #include "data/Schema.h"
 #include "data/SqlText.h"
 #include "data/SqliteFile.h"
-#include "demo/DemoData.h"
 #include "host/Dialogs.h"
 #include "host/Mail.h"
 #include "host/Report.h"
@@ -17,12 +16,13 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
+#include <QObject>
 #include <QSettings>
 #include <QSqlQuery>
 #include <QStandardPaths>
 #include <QSysInfo>
 #include <QTextStream>
-#include <QWidget>
+#include <QVariant>
 
 #include <cstdio>
 
@@ -85,6 +85,21 @@ std::optional<Colour> parseColour(const QString& text)
     if (!ok || value > 0xFFFFFFu)
         return std::nullopt;
     return static_cast<Colour>(value);
+}
+
+namespace {
+
+std::function<void(Database&)>& demoShopFiller()
+{
+    static std::function<void(Database&)> fill;
+    return fill;
+}
+
+} // namespace
+
+void setDemoShopFiller(std::function<void(Database&)> fill)
+{
+    demoShopFiller() = std::move(fill);
 }
 
 HostOptions HostOptions::fromEnvironment()
@@ -183,10 +198,8 @@ bool Host::Initialize()
             const int before = data::migrate(*m_db);
             // Only the database nobody chose gets the demo shop: a database named for the shop is its
             // real one and starts without orders, ready to number this year's first.
-            if (before == 0 && embeddedDefault && m_options.fillDemoData) {
-                const demo::DemoSummary summary = demo::fillDemoData(*m_db, demo::DemoOptions());
-                qCInfo(lcHost) << "demo data:" << summary.orders << "orders," << summary.movimentiRows
-                               << "rows";
+            if (before == 0 && embeddedDefault && m_options.fillDemoData && demoShopFiller()) {
+                demoShopFiller()(*m_db);
             } else if (before == 0 && m_options.startCounters) {
                 startCounters(*m_db, QDate::currentDate().year());
             }
@@ -263,6 +276,19 @@ QString Host::GetSetting(const QString& section, const QString& key, const QStri
 void Host::RefreshSettings()
 {
     readSettings(QStringLiteral("RefreshSettings"), QString());
+}
+
+QVector<QPair<QString, QString>> Host::SectionSettings(const QString& section, const QString& store)
+{
+    // Read from the table, not the kept copy: the keys are shown as they were written, not lowered.
+    QSqlQuery query = GetConnection().executeBound(
+        QStringLiteral(
+            "select chiave, valore from impostazioni where archivio=? and sezione=? order by chiave"),
+        {store.toLower(), section.toLower()});
+    QVector<QPair<QString, QString>> entries;
+    while (query.next())
+        entries.push_back({query.value(0).toString(), query.value(1).toString()});
+    return entries;
 }
 
 void Host::SaveSetting(const QString& section, const QString& key, const QString& value, const QString& store)
@@ -388,14 +414,14 @@ void Host::ReportError(const QString& source, const QString& text, bool show)
     }
 }
 
-QWidget* Host::AttachForm(QWidget* form, bool attach)
+QObject* Host::AttachForm(QObject* form, bool attach)
 {
     if (attach)
         Dialogs::setParent(form);
     return form;
 }
 
-void Host::RegisterForm(QWidget* form)
+void Host::RegisterForm(QObject* form)
 {
     m_form = form;
     Dialogs::setParent(form);
@@ -413,13 +439,14 @@ bool Host::AskPrintQuestion()
                             Icon::Question, GetAppTitle()) == Answer::Yes;
 }
 
-void Host::DocumentWritten(QWidget* form)
+void Host::DocumentWritten(QObject* form)
 {
     ++m_documentsWritten;
     // The log is where the shop looks for who wrote what and when.
     writeLog(QStringLiteral("%1\t%2\tDocumento registrato da %3 (%4)")
                  .arg(QDateTime::currentDateTime().toString(Qt::ISODate),
-                      form ? form->windowTitle() : QString(), GetUserName(), GetStationName()));
+                      form ? form->property("windowTitle").toString() : QString(), GetUserName(),
+                      GetStationName()));
 }
 
 void Host::FilterKeyPress(int&)

@@ -5,9 +5,10 @@
 #include "host/IHost.h"
 
 #include <QHash>
+#include <QObject>
 #include <QPointer>
-#include <QWidget>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -17,7 +18,7 @@ struct HostOptions
 {
     QString dataPath;                      // folder of the log, the embedded database and local files
     std::optional<QString> connectionText; // where the data are; unset: configuration file, then embedded
-    bool fillDemoData = true;              // fill the embedded default database, when new, with a demo shop
+    bool fillDemoData = true;              // fill the embedded default database, when new, with the demo shop
     bool startCounters = true;             // give any other new database this year's order counter
     QString userName;                      // empty: the operating system's user
     QString stationName;                   // empty: the machine's name
@@ -25,6 +26,10 @@ struct HostOptions
     // Reads XVELARIO_DATA, XVELARIO_DB, XVELARIO_USER and XVELARIO_STATION.
     static HostOptions fromEnvironment();
 };
+
+// What fills the embedded default database with a demo shop when it is first made; the program's start-up
+// hands it in, so that a tool or a test without it starts from an empty shop.
+void setDemoShopFiller(std::function<void(Database&)> fill);
 
 class Host : public IHost
 {
@@ -40,6 +45,7 @@ public:
     void SaveSetting(const QString& section, const QString& key, const QString& value,
                      const QString& store) override;
     void RefreshSettings() override;
+    QVector<QPair<QString, QString>> SectionSettings(const QString& section, const QString& store) override;
 
     Database& GetConnection() override;
     Recordset OpenRecordset(const QString& sql, int cursorType = -1, int lockType = 0) override;
@@ -56,8 +62,8 @@ public:
 
     void ReportError(const QString& source, const QString& text, bool show) override;
 
-    QWidget* AttachForm(QWidget* form, bool attach) override;
-    void RegisterForm(QWidget* form) override;
+    QObject* AttachForm(QObject* form, bool attach) override;
+    void RegisterForm(QObject* form) override;
 
     QString LockRecord(quintptr window, qint32 number, const QString& table) override;
     bool ReleaseRecordLock(quintptr window) override;
@@ -65,7 +71,7 @@ public:
 
     bool IsControlSlipMode() override;
     bool AskPrintQuestion() override;
-    void DocumentWritten(QWidget* form) override;
+    void DocumentWritten(QObject* form) override;
     void FilterKeyPress(int& keyCode) override;
     void FillMenuFromQuery(MenuArray& menu, const QString& sql, const QString& captionField,
                            const QString& tagField) override;
@@ -91,7 +97,7 @@ public:
     int PadWidth(const QString& text, int width, int mode = 0) override;
 
     QString logFilePath() const;
-    QWidget* registeredForm() const { return m_form; }
+    QObject* registeredForm() const { return m_form; }
     // How many documents windows have reported written since the start.
     int documentsWritten() const { return m_documentsWritten; }
 
@@ -112,7 +118,7 @@ private:
     // The columns of each table asked for, by its name in lower case: the tables are laid out once at the
     // start and every load and save of an order asks for those of movimenti.
     QHash<QString, QVector<QVector<QVariant>>> m_columns;
-    QPointer<QWidget> m_form;
+    QPointer<QObject> m_form;
     struct HeldLock
     {
         QString table;

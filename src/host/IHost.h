@@ -5,15 +5,17 @@
 
 #include <QColor>
 #include <QDate>
+#include <QPair>
 #include <QString>
 #include <QStringList>
 #include <QVariant>
+#include <QVector>
 #include <QtGlobal>
 
 #include <functional>
 #include <optional>
 
-class QWidget;
+class QObject;
 
 namespace xv::data {
 class Database;
@@ -58,15 +60,17 @@ struct WalkInAddress
     QString provincia;
 };
 
-// The suite's host object: the shared services every module of the suite leans on.
-class IHost
+// The suite's host services, one interface a concern, so that a unit asks for the part it uses.
+//
+// Errors: an operation that fails throws common::RuntimeError (a subclass where a caller treats the case
+// apart), and nothing else signals failure. The one exception is the suite's own lock answer "Errore",
+// which the modules act on (they go ahead without the lock) and which is documented at LockRecord.
+
+// Settings, the shop's defaults and colours, and the folders the program works in.
+class HostSettings
 {
 public:
-    virtual ~IHost() = default;
-
-    virtual bool Initialize() = 0;
-    virtual void Terminate() = 0;
-
+    virtual ~HostSettings() = default;
     virtual QString GetSetting(const QString& section, const QString& key, const QString& defaultValue,
                                const QString& store) = 0;
     virtual void SaveSetting(const QString& section, const QString& key, const QString& value,
@@ -74,46 +78,11 @@ public:
     // Settings are read once and kept, so a colour or a number costs no query; this reads them again,
     // to pick up what another workstation changed. SaveSetting keeps the kept copy up to date.
     virtual void RefreshSettings() = 0;
-
-    virtual Database& GetConnection() = 0;
-    // The cursor and lock arguments are kept for the callers' sake; every recordset is static.
-    virtual Recordset OpenRecordset(const QString& sql, int cursorType = -1, int lockType = 0) = 0;
-    // kind 4 lists the columns of a table: fields "Column" and "Type", in the table's order.
-    virtual Recordset OpenSchema(int kind, const QString& table) = 0;
-    virtual QString LookupByTwoKeys(const QString& table, const QString& firstKeyField,
-                                    const QString& secondKeyField, const QString& firstKeyValue,
-                                    const QString& secondKeyValue, const QString& resultField) = 0;
-
-    virtual QString GetAppTitle() = 0;
-    virtual QString GetDataName() = 0;
-    virtual QString GetCaptionDetail() = 0;
-    virtual QString GetUserName() = 0;
-    virtual QString GetStationName() = 0;
-
-    // Reports the error being handled (call it from a catch block) with the procedure's source text.
-    virtual void ReportError(const QString& source, const QString& text, bool show) = 0;
-
-    virtual QWidget* AttachForm(QWidget* form, bool attach) = 0;
-    virtual void RegisterForm(QWidget* form) = 0;
-
-    virtual QString LockRecord(quintptr window, qint32 number, const QString& table) = 0;
-    virtual bool ReleaseRecordLock(quintptr window) = 0;
-    virtual void ClearRecordLock() = 0;
+    // Every key of a section with its value, as stored, keys in order.
+    virtual QVector<QPair<QString, QString>> SectionSettings(const QString& section,
+                                                             const QString& store) = 0;
 
     virtual bool IsControlSlipMode() = 0;
-    // Asked after a document was written: whether to print it now.
-    virtual bool AskPrintQuestion() = 0;
-    // Told when a module's window has written a document, so that the suite can follow what changed.
-    virtual void DocumentWritten(QWidget* form) = 0;
-    virtual void FilterKeyPress(int& keyCode) = 0;
-    virtual void FillMenuFromQuery(MenuArray& menu, const QString& sql, const QString& captionField,
-                                   const QString& tagField) = 0;
-    virtual void SendMail(const QString& recipient, const QString& subject, const QString& body,
-                          const QString& copy, const QString& blindCopy, QString& result) = 0;
-    virtual QString GetMailFooter() = 0;
-    // Prints the control slips of the rows of an SQL text; answers the rows found, -1 for a bad text.
-    virtual int PrintReport(const QString& sql) = 0;
-
     virtual qint16 GetDefaultPayment() = 0;
     virtual qint16 GetVatDefault() = 0;
     virtual qint16 GetStockThreshold() = 0;
@@ -129,7 +98,102 @@ public:
 
     virtual QString GetDataPath() = 0;
     virtual bool FileExists(const QString& path, int attributes = 0) = 0;
+};
+
+// The shared connection and what is read through it.
+class HostData
+{
+public:
+    virtual ~HostData() = default;
+    virtual Database& GetConnection() = 0;
+    // The cursor and lock arguments are kept for the callers' sake; every recordset is static.
+    virtual Recordset OpenRecordset(const QString& sql, int cursorType = -1, int lockType = 0) = 0;
+    // kind 4 lists the columns of a table: fields "Column" and "Type", in the table's order.
+    virtual Recordset OpenSchema(int kind, const QString& table) = 0;
+    virtual QString LookupByTwoKeys(const QString& table, const QString& firstKeyField,
+                                    const QString& secondKeyField, const QString& firstKeyValue,
+                                    const QString& secondKeyValue, const QString& resultField) = 0;
+    virtual void FillMenuFromQuery(MenuArray& menu, const QString& sql, const QString& captionField,
+                                   const QString& tagField) = 0;
+};
+
+// Record locks between workstations.
+class HostLocks
+{
+public:
+    virtual ~HostLocks() = default;
+    // Empty when the lock is granted, a text naming who holds the record when it is held elsewhere, and
+    // "Errore" when the attempt itself failed (the failure is logged): the modules then go ahead without
+    // the lock rather than stop the shop's work.
+    virtual QString LockRecord(quintptr window, qint32 number, const QString& table) = 0;
+    virtual bool ReleaseRecordLock(quintptr window) = 0;
+    virtual void ClearRecordLock() = 0;
+};
+
+// Who works where, the windows the suite follows, and what the operator is asked in the suite's name.
+class HostMessages
+{
+public:
+    virtual ~HostMessages() = default;
+    virtual QString GetAppTitle() = 0;
+    virtual QString GetDataName() = 0;
+    virtual QString GetCaptionDetail() = 0;
+    virtual QString GetUserName() = 0;
+    virtual QString GetStationName() = 0;
+
+    virtual QObject* AttachForm(QObject* form, bool attach) = 0;
+    virtual void RegisterForm(QObject* form) = 0;
+    // Asked after a document was written: whether to print it now.
+    virtual bool AskPrintQuestion() = 0;
+    // Told when a module's window has written a document, so that the suite can follow what changed.
+    virtual void DocumentWritten(QObject* form) = 0;
+    virtual void FilterKeyPress(int& keyCode) = 0;
     virtual int PadWidth(const QString& text, int width, int mode = 0) = 0;
+};
+
+// Reports and printing.
+class HostReports
+{
+public:
+    virtual ~HostReports() = default;
+    // Prints the control slips of the rows of an SQL text and answers how many; throws BadSelection when
+    // the text cannot be read.
+    virtual int PrintReport(const QString& sql) = 0;
+};
+
+// Mail.
+class HostMail
+{
+public:
+    virtual ~HostMail() = default;
+    // result: the text shown to the operator, whether the mail went or not (it says which).
+    virtual void SendMail(const QString& recipient, const QString& subject, const QString& body,
+                          const QString& copy, const QString& blindCopy, QString& result) = 0;
+    virtual QString GetMailFooter() = 0;
+};
+
+// The error being handled, told to the operator and the log.
+class HostErrors
+{
+public:
+    virtual ~HostErrors() = default;
+    // Reports the error being handled (call it from a catch block) with the procedure's source text.
+    virtual void ReportError(const QString& source, const QString& text, bool show) = 0;
+};
+
+// The suite's host object: every concern, and the start and end of the session.
+class IHost : public HostSettings,
+              public HostData,
+              public HostLocks,
+              public HostMessages,
+              public HostReports,
+              public HostMail,
+              public HostErrors
+{
+public:
+    ~IHost() override = default;
+    virtual bool Initialize() = 0;
+    virtual void Terminate() = 0;
 };
 
 // The form settings object: per-workstation settings of the windows.

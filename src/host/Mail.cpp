@@ -3,14 +3,13 @@
 
 #include "common/Conversions.h"
 #include "common/RuntimeError.h"
+#include "host/Feedback.h"
 
 #include <QCoreApplication>
-#include <QCursor>
 #include <QDir>
 #include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
-#include <QGuiApplication>
 #include <QLocale>
 #include <QLoggingCategory>
 #include <QRegularExpression>
@@ -147,26 +146,6 @@ MailFailure classify(CURLcode code, const QString& detail, long responseCode)
         return MailFailure::Other;
     }
 }
-
-class WaitCursor
-{
-public:
-    WaitCursor() : m_shown(qobject_cast<QGuiApplication*>(QCoreApplication::instance()) != nullptr)
-    {
-        if (m_shown)
-            QGuiApplication::setOverrideCursor(QCursor(Qt::WaitCursor));
-    }
-    ~WaitCursor()
-    {
-        if (m_shown)
-            QGuiApplication::restoreOverrideCursor();
-    }
-    WaitCursor(const WaitCursor&) = delete;
-    WaitCursor& operator=(const WaitCursor&) = delete;
-
-private:
-    bool m_shown;
-};
 
 } // namespace
 
@@ -382,7 +361,7 @@ TransferResult transferWaiting(const MailSettings& settings, const QString& from
         QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
     });
     {
-        const WaitCursor wait;
+        const Busy wait;
         // The window keeps painting, but nothing typed or clicked reaches the form while the mail goes.
         loop.exec(QEventLoop::ExcludeUserInputEvents);
     }

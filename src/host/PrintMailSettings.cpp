@@ -10,8 +10,8 @@
 #include <QFont>
 #include <QLocale>
 #include <QLoggingCategory>
+#include <QPagedPaintDevice>
 #include <QPainter>
-#include <QPrinter>
 #include <QRegularExpression>
 #include <QStringList>
 
@@ -165,13 +165,13 @@ void savePrintMailSettings(IHost& host, const PrintMailSettings& settings)
 QString printTestPage(IHost& host)
 {
     PrintOutput output(host, QStringLiteral("Pagina di prova"));
-    QPrinter& printer = output.printer();
+    QPagedPaintDevice& printer = output.device();
     QPainter painter;
     if (!painter.begin(&printer))
-        throw common::RuntimeError(common::ErrorNumber::InvalidProcedureCall,
-                                   QStringLiteral("Impossibile stampare su \"%1\"")
-                                       .arg(output.toPdf() ? output.pdfPath() : output.printerName()));
-    const QRect page = printer.pageLayout().paintRectPixels(printer.resolution());
+        throw common::RuntimeError(
+            common::ErrorNumber::InvalidProcedureCall,
+            QStringLiteral("Impossibile stampare su \"%1\"").arg(output.destination()));
+    const QRect page = printer.pageLayout().paintRectPixels(printer.logicalDpiX());
     QFont font(QStringLiteral("Sans Serif"), 16);
     painter.setFont(font);
     const QString where = output.toPdf() ? QStringLiteral("PDF") : output.printerName();
@@ -185,6 +185,7 @@ QString printTestPage(IHost& host)
             .join(QLatin1Char('\n'));
     painter.drawText(page.adjusted(0, 0, 0, 0), Qt::AlignLeft | Qt::AlignTop, text);
     painter.end();
+    output.finish(QStringLiteral("La stampante non ha accettato la pagina di prova"));
     return output.notice();
 }
 

@@ -4,12 +4,14 @@
 #include "common/RuntimeError.h"
 #include "host/Dialogs.h"
 #include "host/IHost.h"
+#include "host/Printers.h"
 
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
-#include <QPrinter>
-#include <QPrinterInfo>
+#include <QPageLayout>
+#include <QPageSize>
+#include <QPdfWriter>
 #include <QRegularExpression>
 
 namespace xv::host {
@@ -41,7 +43,23 @@ QString freePath(const QString& folder, const QString& base)
     return path;
 }
 
+std::unique_ptr<Printers>& installedPrinters()
+{
+    static std::unique_ptr<Printers> printers;
+    return printers;
+}
+
 } // namespace
+
+void Printers::install(std::unique_ptr<Printers> printers)
+{
+    installedPrinters() = std::move(printers);
+}
+
+Printers* Printers::system()
+{
+    return installedPrinters().get();
+}
 
 QString pdfFolder(IHost& host)
 {
@@ -56,30 +74,59 @@ QString pdfFolder(IHost& host)
     return folder;
 }
 
-PrintOutput::PrintOutput(IHost& host, const QString& documentName)
-    : m_printer(std::make_unique<QPrinter>(QPrinter::HighResolution))
+std::unique_ptr<QPdfWriter> pdfWriter(const QString& path, const QString& documentName)
 {
-    m_printer->setDocName(documentName);
+    auto writer = std::make_unique<QPdfWriter>(path);
+    writer->setTitle(documentName);
+    writer->setCreator(QStringLiteral("xVELARIO"));
+    writer->setResolution(1200);
+    // The margins a printer's own page has, so that a document looks the same on paper and in the file.
+    writer->setPageLayout(QPageLayout(QPageSize(QPageSize::A4), QPageLayout::Portrait,
+                                      QMarginsF(10, 10, 10, 10), QPageLayout::Point));
+    return writer;
+}
+
+PrintOutput::PrintOutput(IHost& host, const QString& documentName)
+{
     const QString wanted = host.GetSetting(kSection, QStringLiteral("Stampante"), QString(), kStore).trimmed();
     m_pdfAskedFor = wanted.compare(QLatin1String("PDF"), Qt::CaseInsensitive) == 0;
     if (!m_pdfAskedFor) {
-        const QPrinterInfo info =
-            wanted.isEmpty() ? QPrinterInfo::defaultPrinter() : QPrinterInfo::printerInfo(wanted);
-        if (!info.isNull()) {
-            m_printerName = info.printerName();
-            m_printer->setPrinterName(m_printerName);
+        Printers* printers = Printers::system();
+        const QStringList installed = printers ? printers->installed() : QStringList();
+        const QString name = wanted.isEmpty() ? (printers ? printers->defaultPrinter() : QString()) : wanted;
+        if (!name.isEmpty() && installed.contains(name)) {
+            m_job = printers->open(name, documentName);
+            m_printerName = name;
             return;
         }
         m_missingPrinter = wanted;
         if (wanted.isEmpty())
-            m_installed = QPrinterInfo::availablePrinterNames();
+            m_installed = installed;
     }
     m_pdfPath = freePath(pdfFolder(host), fileNameFor(documentName));
-    m_printer->setOutputFormat(QPrinter::PdfFormat);
-    m_printer->setOutputFileName(m_pdfPath);
+    m_pdf = pdfWriter(m_pdfPath, documentName);
 }
 
 PrintOutput::~PrintOutput() = default;
+
+QPagedPaintDevice& PrintOutput::device()
+{
+    if (m_job)
+        return m_job->device();
+    return *m_pdf;
+}
+
+QString PrintOutput::destination() const
+{
+    return toPdf() ? QDir::toNativeSeparators(m_pdfPath) : m_printerName;
+}
+
+void PrintOutput::finish(const QString& refusal) const
+{
+    constexpr int kPrinterError = 482; // the suite's "printer error"
+    if (m_job && m_job->failed())
+        throw common::RuntimeError(kPrinterError, refusal);
+}
 
 QString PrintOutput::notice() const
 {

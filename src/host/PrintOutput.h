@@ -6,11 +6,13 @@
 
 #include <memory>
 
-class QPrinter;
+class QPagedPaintDevice;
+class QPdfWriter;
 
 namespace xv::host {
 
 class IHost;
+class PrinterJob;
 
 // Where a printed document goes. Setting "Stampante" of section "STAMPA" (store "eKELA") names it:
 // empty for the system's default printer, "PDF" for a PDF file, or a printer's own name. When the
@@ -26,12 +28,18 @@ public:
     PrintOutput(const PrintOutput&) = delete;
     PrintOutput& operator=(const PrintOutput&) = delete;
 
-    QPrinter& printer() { return *m_printer; }
+    // The device the pages are painted on: the printer's, or the PDF file's.
+    QPagedPaintDevice& device();
     bool toPdf() const { return !m_pdfPath.isEmpty(); }
     // The file being written; empty when the document goes to a printer.
     const QString& pdfPath() const { return m_pdfPath; }
     // The printer's name; empty for a PDF file.
     const QString& printerName() const { return m_printerName; }
+    // The printer or the file, as the operator knows it.
+    QString destination() const;
+    // Once the pages are painted: throws the printer's error when it ended the job in error, so that a
+    // document nobody got is never taken for printed.
+    void finish(const QString& refusal) const;
     // What to tell the operator once the document is done: where the PDF file is, and why it is not on
     // paper. Empty when the document went to a printer.
     QString notice() const;
@@ -39,7 +47,8 @@ public:
     QString pdfInsteadOfPrinter() const { return m_pdfAskedFor ? QString() : m_pdfPath; }
 
 private:
-    std::unique_ptr<QPrinter> m_printer;
+    std::unique_ptr<PrinterJob> m_job;
+    std::unique_ptr<QPdfWriter> m_pdf;
     QString m_pdfPath;
     QString m_printerName;
     QString m_missingPrinter; // the printer asked for that is not installed ("" for the default one)
@@ -47,6 +56,9 @@ private:
     QStringList m_installed;
     bool m_pdfAskedFor = false;
 };
+
+// A PDF file with the page the shop's documents are laid out on (A4, upright, as a printer's).
+std::unique_ptr<QPdfWriter> pdfWriter(const QString& path, const QString& documentName);
 
 // Tells the operator where a finished document went when it is not on paper. A PDF written because the
 // printer was not there is offered to be opened at once: the shop may still want it on paper today.

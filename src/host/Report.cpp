@@ -5,18 +5,17 @@
 #include "common/RuntimeError.h"
 #include "data/Recordset.h"
 #include "host/Dialogs.h"
+#include "host/Feedback.h"
 #include "host/IHost.h"
 #include "host/PrintOutput.h"
 
-#include <QApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QHash>
 #include <QImage>
 #include <QLoggingCategory>
+#include <QPagedPaintDevice>
 #include <QPainter>
-#include <QPrinter>
-#include <QProgressDialog>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -29,6 +28,7 @@ namespace xv::host {
 namespace {
 
 const QString kTitle = QStringLiteral("COMANDA DI CONTROLLO");
+const QString kSlipsRefused = QStringLiteral("La stampante non ha accettato le comande di controllo");
 constexpr int kDeviceUnavailable = 68; // the suite's "device unavailable"
 constexpr int kPrinterError = 482;      // the suite's "printer error"
 
@@ -75,13 +75,6 @@ QString slipValue(const QVariant& value)
 double toDevice(const QPaintDevice& printer, double mm)
 {
     return mm * printer.logicalDpiX() / 25.4;
-}
-
-// A printer that ended the job in error took nothing, whatever the painter says.
-bool jobRefused(QPagedPaintDevice& device)
-{
-    const auto* printer = dynamic_cast<const QPrinter*>(&device);
-    return printer && printer->printerState() == QPrinter::Error;
 }
 
 void paintSlip(QPainter& painter, const QPaintDevice& printer, const QRectF& box, const ControlSlip& slip)
@@ -133,31 +126,6 @@ void paintSlip(QPainter& painter, const QPaintDevice& printer, const QRectF& box
         top += rowHeight;
     }
 }
-
-// Long runs show how far they have come; a short one, or one without windows, shows nothing.
-class Progress
-{
-public:
-    explicit Progress(int total)
-    {
-        constexpr int kShownFrom = 20;
-        if (total < kShownFrom || !qobject_cast<QApplication*>(QCoreApplication::instance()))
-            return;
-        m_dialog.emplace(QStringLiteral("Stampa delle comande di controllo..."), QString(), 0, total,
-                         Dialogs::parent());
-        m_dialog->setWindowModality(Qt::WindowModal);
-        m_dialog->setCancelButton(nullptr);
-        m_dialog->setMinimumDuration(500);
-    }
-    void operator()(int done)
-    {
-        if (m_dialog)
-            m_dialog->setValue(done);
-    }
-
-private:
-    std::optional<QProgressDialog> m_dialog;
-};
 
 } // namespace
 
@@ -222,23 +190,21 @@ void printControlSlips(QPagedPaintDevice& printer, const QVector<ControlSlip>& s
         if (progress)
             progress(i + 1);
     }
-    // A job the printer refused is no slip printed: the operator must know the workshop got nothing.
-    if (!painter.end() || jobRefused(printer))
-        throw common::RuntimeError(kPrinterError,
-                                   QStringLiteral("La stampante non ha accettato le comande di controllo"));
+    if (!painter.end())
+        throw common::RuntimeError(kPrinterError, kSlipsRefused);
 }
 
 namespace {
 
-// The slips of the rows of an SQL text: nothing when it gives no rows, unset when it fails.
-std::optional<QVector<ControlSlip>> slipsOf(IHost& host, const QString& sql)
+// The slips of the rows of an SQL text: nothing when it gives no rows.
+QVector<ControlSlip> slipsOf(IHost& host, const QString& sql)
 {
     data::Recordset rows;
     try {
         rows = host.OpenRecordset(sql);
     } catch (const common::RuntimeError& error) {
         qCWarning(lcReport) << "Testo della stampa non eseguibile:" << error.description() << sql;
-        return std::nullopt;
+        throw BadSelection(error.description());
     }
     return controlSlips(rows, picturesFolder(host));
 }
@@ -247,35 +213,39 @@ const QString kSlipsTitle = QStringLiteral("Comande di controllo");
 
 } // namespace
 
+BadSelection::BadSelection(const QString& reason)
+    : common::RuntimeError(common::ErrorNumber::DatabaseError, reason)
+{
+}
+
 int printReport(IHost& host, const QString& sql)
 {
-    const std::optional<QVector<ControlSlip>> slips = slipsOf(host, sql);
-    if (!slips)
-        return -1;
-    if (slips->isEmpty())
+    const QVector<ControlSlip> slips = slipsOf(host, sql);
+    if (slips.isEmpty())
         return 0;
     QString notice;
     QString pdf;
     {
         PrintOutput output(host, kSlipsTitle);
-        Progress progress(static_cast<int>(slips->size()));
-        printControlSlips(output.printer(), *slips, [&progress](int done) { progress(done); });
+        Progress progress(QStringLiteral("Stampa delle comande di controllo..."),
+                          static_cast<int>(slips.size()));
+        printControlSlips(output.device(), slips, [&progress](int done) { progress(done); });
+        // A job the printer refused is no slip printed: the operator must know the workshop got nothing.
+        output.finish(kSlipsRefused);
         notice = output.notice();
         pdf = output.pdfInsteadOfPrinter();
     }
     tellWherePrinted(host, notice, pdf);
-    return static_cast<int>(slips->size());
+    return static_cast<int>(slips.size());
 }
 
 int previewReport(IHost& host, const QString& sql)
 {
-    const std::optional<QVector<ControlSlip>> slips = slipsOf(host, sql);
-    if (!slips)
-        return -1;
-    if (slips->isEmpty())
+    const QVector<ControlSlip> slips = slipsOf(host, sql);
+    if (slips.isEmpty())
         return 0;
-    Dialogs::preview(kSlipsTitle, [&slips](QPrinter& printer) { printControlSlips(printer, *slips); });
-    return static_cast<int>(slips->size());
+    Dialogs::preview(kSlipsTitle, [&slips](QPagedPaintDevice& device) { printControlSlips(device, slips); });
+    return static_cast<int>(slips.size());
 }
 
 } // namespace xv::host

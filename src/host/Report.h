@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "common/RuntimeError.h"
+
 #include <QString>
 #include <QVector>
 
@@ -48,8 +50,16 @@ inline constexpr int kSlipsPerPage = 4;
 void printControlSlips(QPagedPaintDevice& printer, const QVector<ControlSlip>& slips,
                        const std::function<void(int done)>& progress = {});
 
+// A selection that cannot be read: the operator is told the search is wrong, not that printing failed.
+class BadSelection : public common::RuntimeError
+{
+public:
+    explicit BadSelection(const QString& reason);
+};
+
 // The host's report: the slips of the rows of an SQL text through the shop's print destination.
-// Answers the rows printed, 0 (nothing printed) when the text gives none, -1 when the text fails.
+// Answers the rows printed, 0 (nothing printed) when the text gives none; throws BadSelection when the
+// text fails.
 int printReport(IHost& host, const QString& sql);
 // The same slips in a preview window, printed from there only if the operator chooses to; the same answers.
 int previewReport(IHost& host, const QString& sql);

@@ -2,17 +2,22 @@
 #include "HostWindows.h"
 
 #include "host/Dialogs.h"
+#include "host/Feedback.h"
+#include "host/Printers.h"
 #include "host/Services.h"
 #include "hostui/ListWindow.h"
 #include "hostui/PrintMailDialog.h"
 
 #include <QAbstractButton>
+#include <QApplication>
 #include <QDesktopServices>
 #include <QInputDialog>
-#include <QUrl>
+#include <QMessageBox>
 #include <QPrintPreviewDialog>
 #include <QPrinter>
-#include <QMessageBox>
+#include <QPrinterInfo>
+#include <QProgressDialog>
+#include <QUrl>
 
 namespace xv::hostui {
 
@@ -20,7 +25,7 @@ namespace {
 
 host::Answer showMessageBox(const host::MessageRequest& request)
 {
-    QMessageBox box(host::Dialogs::parent());
+    QMessageBox box(boxParent());
     box.setWindowTitle(request.title);
     box.setText(request.text);
     switch (request.icon) {
@@ -78,7 +83,7 @@ host::Answer showMessageBox(const host::MessageRequest& request)
 std::optional<QString> showInputBox(const host::InputRequest& request)
 {
     bool ok = false;
-    const QString answer = QInputDialog::getText(host::Dialogs::parent(), request.title, request.prompt,
+    const QString answer = QInputDialog::getText(boxParent(), request.title, request.prompt,
                                                  QLineEdit::Normal, request.proposed, &ok);
     if (!ok)
         return std::nullopt;
@@ -91,7 +96,7 @@ void showPreview(const host::PreviewRequest& request)
 {
     QPrinter printer(QPrinter::HighResolution);
     printer.setDocName(request.title);
-    QPrintPreviewDialog dialog(&printer, host::Dialogs::parent());
+    QPrintPreviewDialog dialog(&printer, boxParent());
     dialog.setWindowTitle(QStringLiteral("Anteprima - ") + request.title);
     // A document that cannot be painted is the caller's error to report, not one to lose in the window's
     // event loop.
@@ -110,10 +115,71 @@ void showPreview(const host::PreviewRequest& request)
         std::rethrow_exception(failure);
 }
 
+// A job on one of the system's printers: Qt's printer is the device, and its state after the painter is
+// done tells whether the printer took the job.
+class QtPrinterJob : public host::PrinterJob
+{
+public:
+    QtPrinterJob(const QString& printerName, const QString& documentName)
+        : m_printer(QPrinter::HighResolution)
+    {
+        m_printer.setPrinterName(printerName);
+        m_printer.setDocName(documentName);
+    }
+    QPagedPaintDevice& device() override { return m_printer; }
+    bool failed() const override { return m_printer.printerState() == QPrinter::Error; }
+
+private:
+    QPrinter m_printer;
+};
+
+class QtPrinters : public host::Printers
+{
+public:
+    QString defaultPrinter() const override { return QPrinterInfo::defaultPrinterName(); }
+    QStringList installed() const override { return QPrinterInfo::availablePrinterNames(); }
+    std::unique_ptr<host::PrinterJob> open(const QString& printerName, const QString& documentName) override
+    {
+        return std::make_unique<QtPrinterJob>(printerName, documentName);
+    }
+};
+
+// A modal bar under the form; it shows only when the work lasts more than half a second.
+class ProgressWindow : public host::ProgressView
+{
+public:
+    ProgressWindow(const QString& label, int total) : m_dialog(label, QString(), 0, total, boxParent())
+    {
+        m_dialog.setWindowModality(Qt::WindowModal);
+        m_dialog.setCancelButton(nullptr);
+        m_dialog.setMinimumDuration(500);
+    }
+    void setValue(int done) override { m_dialog.setValue(done); }
+
+private:
+    QProgressDialog m_dialog;
+};
+
 } // namespace
+
+QWidget* boxParent()
+{
+    return qobject_cast<QWidget*>(host::Dialogs::parent());
+}
+
+void installSystemServices()
+{
+    host::Printers::install(std::make_unique<QtPrinters>());
+    host::setProgressFactory([](const QString& label, int total) -> std::unique_ptr<host::ProgressView> {
+        return std::make_unique<ProgressWindow>(label, total);
+    });
+    host::Busy::setHandlers([] { QApplication::setOverrideCursor(QCursor(Qt::WaitCursor)); },
+                            [] { QApplication::restoreOverrideCursor(); });
+}
 
 void installHostWindows()
 {
+    installSystemServices();
     host::Dialogs::setMessageHandler(showMessageBox);
     host::Dialogs::setInputHandler(showInputBox);
     host::Dialogs::setPreviewHandler(showPreview);

@@ -18,7 +18,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPrinter>
+#include <QPdfWriter>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QSet>
@@ -53,7 +53,7 @@ void reportCaught(const QString& where, const QString& caption)
 }
 
 // Wide lists go across the page; the operator may still turn it in the print dialog.
-void orient(QPrinter& printer, int columns)
+void orient(QPagedPaintDevice& printer, int columns)
 {
     constexpr int kPortraitColumns = 6;
     printer.setPageOrientation(columns > kPortraitColumns ? QPageLayout::Landscape : QPageLayout::Portrait);
@@ -479,7 +479,7 @@ QString ListDialog::printableHtml() const
     return html + QStringLiteral("</table></body></html>");
 }
 
-void ListDialog::printTo(QPrinter& printer) const
+void ListDialog::printTo(QPagedPaintDevice& printer) const
 {
     QTextDocument document;
     QFont font = this->font();
@@ -494,12 +494,11 @@ bool ListDialog::savePdf(const QString& path) const
     // A file left from before must not pass for one written now.
     if (QFileInfo::exists(path) && !QFile::remove(path))
         return false;
-    QPrinter printer(QPrinter::HighResolution);
-    printer.setOutputFormat(QPrinter::PdfFormat);
-    printer.setOutputFileName(path);
-    printer.setDocName(windowTitle());
-    orient(printer, static_cast<int>(m_fields.size()));
-    printTo(printer);
+    {
+        const std::unique_ptr<QPdfWriter> printer = host::pdfWriter(path, windowTitle());
+        orient(*printer, static_cast<int>(m_fields.size()));
+        printTo(*printer);
+    }
     const QFileInfo written(path);
     return written.exists() && written.size() > 0;
 }
@@ -507,7 +506,7 @@ bool ListDialog::savePdf(const QString& path) const
 void ListDialog::previewShown()
 {
     try {
-        Dialogs::preview(printTitle(), [this](QPrinter& printer) {
+        Dialogs::preview(printTitle(), [this](QPagedPaintDevice& printer) {
             orient(printer, static_cast<int>(m_fields.size()));
             printTo(printer);
         });
@@ -523,8 +522,9 @@ void ListDialog::printShown()
         QString pdf;
         {
             host::PrintOutput output(host(), printTitle());
-            orient(output.printer(), static_cast<int>(m_fields.size()));
-            printTo(output.printer());
+            orient(output.device(), static_cast<int>(m_fields.size()));
+            printTo(output.device());
+            output.finish(QStringLiteral("La stampante non ha accettato l'elenco"));
             notice = output.notice();
             pdf = output.pdfInsteadOfPrinter();
         }

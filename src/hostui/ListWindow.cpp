@@ -2,13 +2,12 @@
 #include "ListWindow.h"
 
 #include "common/RuntimeError.h"
-#include "data/Database.h"
 #include "host/Dialogs.h"
 #include "host/Services.h"
+#include "hostui/HostWindows.h"
 #include "hostui/ListModel.h"
 
 #include <QRegularExpression>
-#include <QSqlQuery>
 
 #include <utility>
 
@@ -40,7 +39,7 @@ ListAnswer ListWindows::choose(const ListRequest& request, const Recordset& rows
 {
     if (state().handler)
         return state().handler(request, rows);
-    ListDialog dialog(request, rows, Dialogs::parent());
+    ListDialog dialog(request, rows, boxParent());
     if (dialog.exec() != QDialog::Accepted)
         return {};
     return dialog.answer();
@@ -49,21 +48,17 @@ ListAnswer ListWindows::choose(const ListRequest& request, const Recordset& rows
 bool ListWindows::editSettings(const QString& caption, const QString& store, const QString& section)
 {
     SettingsRequest request{caption, store, section, {}};
-    QSqlQuery query = host().GetConnection().executeBound(
-        QStringLiteral(
-            "select chiave, valore from impostazioni where archivio=? and sezione=? order by chiave"),
-        {store.toLower(), section.toLower()});
     QHash<QString, QString> before;
-    while (query.next()) {
-        request.entries.push_back({query.value(0).toString(), query.value(1).toString()});
-        before.insert(query.value(0).toString().toLower(), query.value(1).toString());
+    for (const auto& [key, value] : host().SectionSettings(section, store)) {
+        request.entries.push_back({key, value});
+        before.insert(key.toLower(), value);
     }
 
     std::optional<QVector<SettingEntry>> edited;
     if (state().settingsHandler) {
         edited = state().settingsHandler(request);
     } else {
-        SettingsDialog dialog(request, Dialogs::parent());
+        SettingsDialog dialog(request, boxParent());
         if (dialog.exec() == QDialog::Accepted)
             edited = dialog.entries();
     }

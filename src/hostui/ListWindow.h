@@ -16,7 +16,7 @@
 class QItemSelection;
 class QLabel;
 class QLineEdit;
-class QPrinter;
+class QPagedPaintDevice;
 class QPushButton;
 class QTableView;
 class QTableWidget;
@@ -131,7 +131,7 @@ public:
     QString printableHtml() const;
     // The printout's title: the heading asked for, else the caption, else "Elenco".
     QString printTitle() const;
-    void printTo(QPrinter& printer) const;
+    void printTo(QPagedPaintDevice& printer) const;
     bool savePdf(const QString& path) const;
     // The print button: the rows shown to the shop's printer, or to a PDF file the operator is told of.
     void printShown();

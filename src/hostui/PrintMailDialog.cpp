@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "PrintMailDialog.h"
 
+#include "hostui/HostWindows.h"
+
 #include "host/Dialogs.h"
 #include "host/IHost.h"
 #include "host/Services.h"
@@ -167,7 +169,7 @@ PrintMailDialog::PrintMailDialog(host::IHost& host, QWidget* parent) : QDialog(p
 
 void PrintMailDialog::run()
 {
-    PrintMailDialog dialog(host::host(), host::Dialogs::parent());
+    PrintMailDialog dialog(host::host(), boxParent());
     dialog.exec();
 }
 

@@ -9,8 +9,8 @@
 #include <QImage>
 #include <QLocale>
 #include <QPageLayout>
+#include <QPagedPaintDevice>
 #include <QPainter>
-#include <QPrinter>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -225,9 +225,8 @@ QFont statementFont(const StatementLine& line)
     return font;
 }
 
-void printStatement(const Statement& statement, QPagedPaintDevice& printer)
+void printStatement(const Statement& statement, QPagedPaintDevice& printer, const QString& destination)
 {
-    const auto* queue = dynamic_cast<const QPrinter*>(&printer);
     QImage picture;
     if (!statement.picturePath.isEmpty() && !picture.load(statement.picturePath))
         throw common::RuntimeError(kInvalidPicture,
@@ -235,11 +234,8 @@ void printStatement(const Statement& statement, QPagedPaintDevice& printer)
     QPainter painter;
     if (!painter.begin(&printer))
         throw common::RuntimeError(
-            kPrinterError,
-            QStringLiteral("Impossibile avviare la stampa") +
-                (!queue                            ? QString()
-                 : queue->outputFileName().isEmpty() ? QStringLiteral(" su ") + queue->printerName()
-                                                     : QStringLiteral(" su ") + queue->outputFileName()));
+            kPrinterError, QStringLiteral("Impossibile avviare la stampa") +
+                               (destination.isEmpty() ? QString() : QStringLiteral(" su ") + destination));
     if (!picture.isNull()) {
         const double scale = printer.logicalDpiX() / kTwipsPerInch;
         const QRect& at = statement.pictureTwips;
@@ -278,10 +274,8 @@ void printStatement(const Statement& statement, QPagedPaintDevice& printer)
                              number);
         }
     }
-    // A printer that ended the job in error took nothing, whatever the painter says.
-    if (!painter.end() || (queue && queue->printerState() == QPrinter::Error))
-        throw common::RuntimeError(kPrinterError,
-                                   QStringLiteral("La stampante non ha accettato il documento"));
+    if (!painter.end())
+        throw common::RuntimeError(kPrinterError, QString::fromUtf8(kStatementRefused));
 }
 
 } // namespace xv::printing

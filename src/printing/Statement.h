@@ -92,7 +92,11 @@ QFont statementFont(const StatementLine& line);
 // least 7 mm from either side of the paper. A line too wide for the page at its size is painted in the size
 // that fits. A statement of several pages repeats its page heading on the pages after the first and
 // numbers every page at its foot ("Pagina 1 di 3"). Throws when the device cannot be started or refuses a
-// page or the job, or when a picture that exists cannot be read.
-void printStatement(const Statement& statement, QPagedPaintDevice& printer);
+// page, or when a picture that exists cannot be read; destination (the printer or the file) names where
+// in the message. A printer's own verdict on the job is its caller's to ask once the pages are done.
+void printStatement(const Statement& statement, QPagedPaintDevice& printer, const QString& destination = {});
+
+// What a device or printer that refused a statement is reported with.
+inline const char* const kStatementRefused = "La stampante non ha accettato il documento";
 
 } // namespace xv::printing

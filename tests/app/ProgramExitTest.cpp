@@ -3,6 +3,8 @@
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -10,6 +12,20 @@
 #include <csignal>
 
 namespace {
+
+// The program's environment for a start on a data folder of the test's own, headless; a database of its
+// own unless the program's default one is wanted.
+QProcessEnvironment programEnvironment(const QTemporaryDir& dir, bool ownDatabase = true)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("QT_QPA_PLATFORM", "offscreen");
+    environment.insert("XVELARIO_DATA", dir.path());
+    environment.remove("XVELARIO_DB");
+    // A database of its own starts empty: no demo shop to write first.
+    if (ownDatabase)
+        environment.insert("XVELARIO_DB", "sqlite:" + dir.path() + "/negozio.db");
+    return environment;
+}
 
 struct ExitCase
 {
@@ -28,11 +44,7 @@ TEST_P(ProgramExitTest, TheProgramEndsWithStatusZero)
     QTemporaryDir dir;
     ASSERT_TRUE(dir.isValid());
     QProcess program;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("QT_QPA_PLATFORM", "offscreen");
-    environment.insert("XVELARIO_DATA", dir.path());
-    // A database of its own starts empty: no demo shop to write first.
-    environment.insert("XVELARIO_DB", "sqlite:" + dir.path() + "/negozio.db");
+    QProcessEnvironment environment = programEnvironment(dir);
     environment.insert("QT_LOGGING_RULES", "xv.*.debug=false;xv.*.info=false;xv.app.info=true");
     program.setProcessEnvironment(environment);
     program.setReadChannel(QProcess::StandardError);
@@ -75,10 +87,7 @@ TEST(ProgramReadyProbeTest, WhenAskedTheProgramSaysItsFormIsReadyWithItsPeakMemo
         QTemporaryDir dir;
         ASSERT_TRUE(dir.isValid());
         QProcess program;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("QT_QPA_PLATFORM", "offscreen");
-        environment.insert("XVELARIO_DATA", dir.path());
-        environment.insert("XVELARIO_DB", "sqlite:" + dir.path() + "/negozio.db");
+        QProcessEnvironment environment = programEnvironment(dir);
         environment.insert("XVELARIO_EXIT_WHEN_READY", "1");
         if (*c.name)
             environment.insert(c.name, c.value);
@@ -93,6 +102,29 @@ TEST(ProgramReadyProbeTest, WhenAskedTheProgramSaysItsFormIsReadyWithItsPeakMemo
         ASSERT_TRUE(ready.hasMatch()) << c.name << printed.toStdString();
         EXPECT_GT(ready.captured(1).toLong(), 0) << c.name;
     }
+}
+
+// The program's own database, made on the first start, holds the demo shop.
+TEST(ProgramReadyProbeTest, AFirstStartOnTheProgramsOwnDatabaseShowsTheDemoShop)
+{
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    QProcess program;
+    QProcessEnvironment environment = programEnvironment(dir, false);
+    environment.insert("XVELARIO_EXIT_WHEN_READY", "1");
+    program.setProcessEnvironment(environment);
+    program.start(QStringLiteral(XV_PROGRAM), QStringList());
+    ASSERT_TRUE(program.waitForFinished(120000));
+    ASSERT_EQ(program.exitCode(), 0) << program.readAllStandardError().toStdString();
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "demo-check");
+        db.setDatabaseName(dir.filePath("xvelario.db"));
+        ASSERT_TRUE(db.open());
+        QSqlQuery q(db);
+        ASSERT_TRUE(q.exec("select count(*) from movimenti") && q.next());
+        EXPECT_GT(q.value(0).toInt(), 50);
+    }
+    QSqlDatabase::removeDatabase("demo-check");
 }
 
 } // namespace

@@ -212,25 +212,39 @@ TEST(HostStartTest, InitializeFailsWithTheReasonInTheLogWhenTheDataCannotBeOpene
     EXPECT_EQ(h.GetSetting("comm", "sql", "mov_co", "DOCS"), "mov_co");
 }
 
-TEST(HostStartTest, AFreshEmbeddedDatabaseIsFilledWithTheDemoShopOnce)
+TEST(HostStartTest, AFreshEmbeddedDatabaseIsFilledWithTheDemoShopOnceAndOnlyWhenStartUpHandsOneIn)
 {
-    QTemporaryDir dir;
-    host::HostOptions options;
-    options.dataPath = dir.path();
     const auto count = [](Host& h, const QString& sql) {
         QSqlQuery q = h.GetConnection().execute(sql);
         return q.next() ? q.value(0).toInt() : -1;
     };
     {
+        QTemporaryDir dir;
+        host::HostOptions options;
+        options.dataPath = dir.path();
         Host h(options);
         ASSERT_TRUE(h.Initialize());
-        EXPECT_GT(count(h, "select count(*) from mov_co"), 50);
-        h.GetConnection().execute("delete from movimenti where numero='1'");
+        EXPECT_EQ(count(h, "select count(*) from controparti"), 0) << "no demo shop was handed in";
+    }
+    int fills = 0;
+    host::setDemoShopFiller([&fills](data::Database& db) {
+        ++fills;
+        db.execute("insert into controparti (ragsoc) values ('Cliente di prova')");
+    });
+    QTemporaryDir dir;
+    host::HostOptions options;
+    options.dataPath = dir.path();
+    {
+        Host h(options);
+        ASSERT_TRUE(h.Initialize());
+        EXPECT_EQ(count(h, "select count(*) from controparti"), 1);
+        h.GetConnection().execute("delete from controparti");
     }
     Host again(options);
     ASSERT_TRUE(again.Initialize());
-    EXPECT_EQ(count(again, "select count(*) from movimenti where numero='1'"), 0)
-        << "the demo data must not be written again into an existing database";
+    host::setDemoShopFiller({});
+    EXPECT_EQ(fills, 1) << "the demo data must not be written again into an existing database";
+    EXPECT_EQ(count(again, "select count(*) from controparti"), 0);
 }
 
 TEST(ColourTest, ParsesTheSuitesHexadecimalAndDecimalForms)

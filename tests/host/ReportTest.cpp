@@ -143,11 +143,11 @@ TEST_P(PrintDestinationTest, APdfWrittenForAMissingPrinterIsOfferedToBeOpened)
 
 XV_INSTANTIATE_FOR_ENGINES(PrintDestinationTest);
 
-TEST_P(ReportTest, ABadTextAnswersMinusOneAndNoRowsAnswersZeroWithNothingPrinted)
+TEST_P(ReportTest, ABadTextIsABadSelectionAndNoRowsAnswersZeroWithNothingPrinted)
 {
     test::addOrderLine(h().GetConnection(), "8", QDate(2026, 6, 20));
     test::ScriptedDialogs dialogs; // no box: the caller says what went wrong
-    EXPECT_EQ(h().PrintReport("SELECT numero, colonna_inesistente FROM movimenti"), -1);
+    EXPECT_THROW(h().PrintReport("SELECT numero, colonna_inesistente FROM movimenti"), host::BadSelection);
     EXPECT_EQ(h().PrintReport(orders::slipSqlForOrder({"COMM", "999", "2026"})), 0);
     EXPECT_TRUE(test::pdfFiles(m_pdfDir.path()).isEmpty());
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "host/Services.h"
+#include "hostui/HostWindows.h"
 #include "hostui/ListWindow.h"
 
 #include <gtest/gtest.h>
@@ -17,6 +18,8 @@ int main(int argc, char** argv)
     // The real list windows, answered by the scripted handlers; message boxes stay scripted per test.
     xv::host::setListWindowFactory(
         []() -> std::unique_ptr<xv::host::IListWindow> { return std::make_unique<xv::hostui::ListWindow>(); });
+    // The system's printers, the progress bar and the wait cursor, as the program has them.
+    xv::hostui::installSystemServices();
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }
