@@ -71,4 +71,54 @@ private:
     bool m_painted = false;
 };
 
+// Some keys leave the window as it was, or change a few cells anywhere in it: a delete, after which the
+// order stays on screen, repaints only what its write back changed, if anything. No one widget's paint can
+// then end the wait, so this watches the window's repaints instead: the update request that paints every
+// widget marked dirty and flushes the backing store.
+class WindowFrames final : public QObject
+{
+public:
+    explicit WindowFrames(QWidget* widget) : m_window(widget->window())
+    {
+        m_window->installEventFilter(this);
+    }
+    ~WindowFrames() override
+    {
+        if (m_window)
+            m_window->removeEventFilter(this);
+    }
+    WindowFrames(const WindowFrames&) = delete;
+    WindowFrames& operator=(const WindowFrames&) = delete;
+
+    // Runs the event loop, once the key's handling has returned, until a pass of it brings no repaint of
+    // the window: whatever the key changed has then been painted. Returns the repaints seen, 0 when the key
+    // changed nothing shown; -1 when repaints were still coming at the deadline.
+    int waitUntilPainted(int timeoutMs = 30000)
+    {
+        const QDeadlineTimer deadline(timeoutMs);
+        int total = 0;
+        for (;;) {
+            m_repaints = 0;
+            QCoreApplication::processEvents(QEventLoop::AllEvents);
+            if (m_repaints == 0)
+                return total;
+            total += m_repaints;
+            if (deadline.hasExpired())
+                return -1;
+        }
+    }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (watched == m_window && event->type() == QEvent::UpdateRequest)
+            ++m_repaints;
+        return false;
+    }
+
+private:
+    QPointer<QWidget> m_window;
+    int m_repaints = 0;
+};
+
 } // namespace xv::bench
