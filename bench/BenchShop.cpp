@@ -10,6 +10,7 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QSqlQuery>
 
 #include <memory>
 #include <stdexcept>
@@ -21,16 +22,19 @@ namespace {
 // The references that mark the benchmark's own order, so that a database it ran in before is reused.
 const QString kBenchReferences = QStringLiteral("banco di prova");
 
-// The benchmark's order: a new order of a thousand lines this year, numbered by this year's counter as a
-// saved order would be. Answers its number; a database that holds it already keeps it as it is.
-QString writeOrder(data::Database& db, const QDate& date)
+// An order the benchmark writes: a new order this year for the customer, of the lines given, numbered by
+// this year's counter as a saved order would be and marked by its references. Answers its number; a database
+// that holds an order with those references and that customer already keeps it as it is.
+QString writeOrder(data::Database& db, const QDate& date, const QString& customer, int lineCount,
+                   const QString& references)
 {
     const QString year = QString::number(date.year());
-    data::Recordset found = data::Recordset::open(
-        db, QStringLiteral("select numero from movimenti where documento='COMM' and serie='") + year +
-                QStringLiteral("' and riferimenti='") + kBenchReferences + QStringLiteral("'"));
-    if (!found.eof())
-        return found.text(QStringLiteral("numero"));
+    QSqlQuery found = db.executeBound(
+        QStringLiteral("select numero from movimenti where documento='COMM' and serie=? and riferimenti=? "
+                       "and Nominativo=?"),
+        {year, references, customer});
+    if (found.next())
+        return found.value(0).toString();
     data::Recordset counter = data::Recordset::open(
         db, QStringLiteral("select numero from numeratori where codtipodoc='CO' and serie='") + year +
                 QStringLiteral("'"));
@@ -43,7 +47,7 @@ QString writeOrder(data::Database& db, const QDate& date)
                     {orderNumber.toInt(), year});
     data::Transaction transaction(db);
     data::Recordset t = data::Recordset::openTable(db, QStringLiteral("movimenti"));
-    for (int line = 0; line < BenchShop::kLines; ++line) {
+    for (int line = 0; line < lineCount; ++line) {
         t.addNew();
         for (const char* text : {"Descrizione2", "codenominativo", "Indirizzo", "Cap", "comune", "Spedizione",
                                  "provincia", "telefono", "attrib00", "attrib01", "attrib02", "attrib03",
@@ -70,7 +74,7 @@ QString writeOrder(data::Database& db, const QDate& date)
         t.setValue(QStringLiteral("datadocumento"), date);
         t.setValue(QStringLiteral("StatoRiga"),
                    line % 3 ? QStringLiteral("EMESSO") : QStringLiteral("RITIRATO"));
-        t.setValue(QStringLiteral("Nominativo"), QStringLiteral("Rossi Maria"));
+        t.setValue(QStringLiteral("Nominativo"), customer);
         t.setValue(QStringLiteral("attrib04"), QStringLiteral("Matrimonio"));
         t.setValue(QStringLiteral("attrib06"), QStringLiteral("Marco e Giulia"));
         t.setValue(QStringLiteral("codice_med"),
@@ -78,7 +82,7 @@ QString writeOrder(data::Database& db, const QDate& date)
         t.setValue(QStringLiteral("Descrizione1"), QStringLiteral("Bomboniera portaconfetti in porcellana"));
         t.setValue(QStringLiteral("qta"), 1 + line % 120);
         t.setValue(QStringLiteral("note"), common::shortDate(date)); // the line's own pick-up date
-        t.setValue(QStringLiteral("riferimenti"), kBenchReferences);
+        t.setValue(QStringLiteral("riferimenti"), references);
         t.update();
     }
     transaction.commit();
@@ -240,9 +244,17 @@ BenchShop::BenchShop(data::Engine engine)
         m_lastBox = request.text;
         return host::Answer::No;
     });
-    m_number = writeOrder(m_host->GetConnection(), QDate(QDate::currentDate().year(), 3, 14));
+    m_number = writeOrder(m_host->GetConnection(), QDate(QDate::currentDate().year(), 3, 14),
+                          QStringLiteral("Rossi Maria"), kLines, kBenchReferences);
     writeArticles(m_host->GetConnection());
     writeColours(*m_host);
+}
+
+void BenchShop::writeCustomerOrders(const QString& customer, int orders)
+{
+    for (int order = 0; order < orders; ++order)
+        writeOrder(m_host->GetConnection(), QDate(QDate::currentDate().year() - 3, 2, 1 + order), customer, 2,
+                   QStringLiteral("banco di prova %1").arg(order + 1));
 }
 
 void BenchShop::expectMessage(const QString& containing, host::Answer answer)

@@ -38,6 +38,11 @@ public:
     int boxes() const { return m_boxes; }
     const QString& lastBox() const { return m_lastBox; }
 
+    // Writes a few small orders of two lines for the customer, three years ago, into the shop's copy (the
+    // shop's own file is never written to): a name the demo shop does not have, for a search that finds only
+    // these.
+    void writeCustomerOrders(const QString& customer, int orders);
+
     // The next box must contain this text; it is given this answer.
     void expectMessage(const QString& containing, host::Answer answer);
     bool allExpectedShown() const { return m_expected.empty(); }
