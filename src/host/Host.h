@@ -2,7 +2,7 @@
 #pragma once
 
 #include "common/RuntimeError.h"
-#include "host/IHost.h"
+#include "host/HostInterface.h"
 
 #include <QHash>
 #include <QObject>

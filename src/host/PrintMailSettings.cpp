@@ -2,7 +2,7 @@
 #include "PrintMailSettings.h"
 
 #include "common/RuntimeError.h"
-#include "host/IHost.h"
+#include "host/HostInterface.h"
 #include "host/Mail.h"
 #include "host/PrintOutput.h"
 

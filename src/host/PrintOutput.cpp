@@ -3,7 +3,7 @@
 
 #include "common/RuntimeError.h"
 #include "host/Dialogs.h"
-#include "host/IHost.h"
+#include "host/HostInterface.h"
 #include "host/Printers.h"
 
 #include <QDateTime>

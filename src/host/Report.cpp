@@ -6,7 +6,7 @@
 #include "data/Recordset.h"
 #include "host/Dialogs.h"
 #include "host/Feedback.h"
-#include "host/IHost.h"
+#include "host/HostInterface.h"
 #include "host/PrintOutput.h"
 
 #include <QDir>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "host/IHost.h"
+#include "host/HostInterface.h"
 
 #include <functional>
 #include <memory>

@@ -4,7 +4,7 @@
 #include "hostui/HostWindows.h"
 
 #include "host/Dialogs.h"
-#include "host/IHost.h"
+#include "host/HostInterface.h"
 #include "host/Services.h"
 
 #include <QCheckBox>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "common/Money.h"
-#include "host/IHost.h"
+#include "host/HostInterface.h"
 
 #include <QString>
 #include <QtGlobal>

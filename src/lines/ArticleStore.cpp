@@ -2,7 +2,7 @@
 #include "ArticleStore.h"
 
 #include "data/Recordset.h"
-#include "host/IHost.h"
+#include "host/HostInterface.h"
 
 namespace xv::lines {
 

@@ -4,7 +4,7 @@
 #include "common/Conversions.h"
 #include "data/Recordset.h"
 #include "data/SqlText.h"
-#include "host/IHost.h"
+#include "host/HostInterface.h"
 
 namespace xv::lines {
 

@@ -2,7 +2,7 @@
 #include "ModuleSettings.h"
 
 #include "common/Conversions.h"
-#include "host/IHost.h"
+#include "host/HostInterface.h"
 #include "data/SqlText.h"
 
 namespace xv::orders {

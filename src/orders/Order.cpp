@@ -5,7 +5,7 @@
 #include "common/RuntimeError.h"
 #include "data/Recordset.h"
 #include "data/SqlText.h"
-#include "host/IHost.h"
+#include "host/HostInterface.h"
 
 #include <QUuid>
 

@@ -7,7 +7,7 @@
 #include "data/Recordset.h"
 #include "data/SqlText.h"
 #include "data/TypeCodes.h"
-#include "host/IHost.h"
+#include "host/HostInterface.h"
 #include "lines/GridColumns.h"
 
 namespace xv::orders {

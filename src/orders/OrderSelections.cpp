@@ -5,7 +5,7 @@
 #include "data/Database.h"
 #include "data/Recordset.h"
 #include "data/SqlText.h"
-#include "host/IHost.h"
+#include "host/HostInterface.h"
 
 namespace xv::orders {
 
