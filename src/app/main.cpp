@@ -4,6 +4,7 @@
 #include "app/aMAIN.h"
 #include "app/mINIT_MODULO.h"
 #include "common/Dates.h"
+#include "common/PrivateFiles.h"
 #include "demo/DemoData.h"
 #include "form/frm_Commissioni.h"
 #include "host/Host.h"
@@ -37,6 +38,7 @@ struct ReleaseBeforeTheApplication
 
 int main(int argc, char** argv)
 {
+    xv::common::restrictNewFilesToOwner();
     // Our own chatter stays off unless asked for with QT_LOGGING_RULES (for example "xv.host.debug=true").
     if (qEnvironmentVariableIsEmpty("QT_LOGGING_RULES"))
         QLoggingCategory::setFilterRules(QStringLiteral("xv.*.debug=false\nxv.*.info=false"));

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 // xvelario-makedb: builds a demonstration database, for trying the program and for measuring it on
 // large archives.
+#include "common/PrivateFiles.h"
 #include "common/RuntimeError.h"
 #include "data/Database.h"
-#include "demo/DemoData.h"
 #include "data/Schema.h"
+#include "demo/DemoData.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -50,6 +51,8 @@ void removeSqliteFiles(const QString& path)
 
 int main(int argc, char** argv)
 {
+    // A demo shop is a shop's database all the same: its file is the owner's alone.
+    xv::common::restrictNewFilesToOwner();
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("xvelario-makedb"));
 

@@ -2,6 +2,7 @@
 #include "Host.h"
 
 #include "common/Conversions.h"
+#include "common/PrivateFiles.h"
 #include "common/RuntimeError.h"
 #include "data/Database.h"
 #include "data/Schema.h"
@@ -136,7 +137,8 @@ QString Host::logFilePath() const
 
 void Host::writeLog(const QString& line)
 {
-    QDir().mkpath(m_options.dataPath);
+    common::makePrivateFolder(m_options.dataPath);
+    common::makePrivateFile(logFilePath());
     QFile file(logFilePath());
     if (file.open(QIODevice::Append | QIODevice::Text)) {
         QTextStream out(&file);
@@ -164,7 +166,7 @@ bool Host::Initialize()
 {
     ConnectionConfig config;
     try {
-        if (!QDir().mkpath(m_options.dataPath))
+        if (!common::makePrivateFolder(m_options.dataPath))
             throw RuntimeError(
                 ErrorNumber::InvalidProcedureCall,
                 QStringLiteral("Impossibile creare la cartella dei dati %1").arg(m_options.dataPath));
@@ -185,6 +187,8 @@ bool Host::Initialize()
             const QString refusal = data::foreignFileReason(config.sqlitePath);
             if (!refusal.isEmpty())
                 throw RuntimeError(ErrorNumber::DatabaseError, refusal);
+            // Made (or kept) the owner's alone before anything is written into it.
+            common::makePrivateFile(config.sqlitePath);
         }
         m_db = std::make_unique<Database>(config);
         m_db->setReopenedHandler([this] { carryLockOver(); });

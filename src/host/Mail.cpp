@@ -2,6 +2,7 @@
 #include "Mail.h"
 
 #include "common/Conversions.h"
+#include "common/PrivateFiles.h"
 #include "common/RuntimeError.h"
 #include "host/Feedback.h"
 
@@ -372,7 +373,7 @@ TransferResult transferWaiting(const MailSettings& settings, const QString& from
 QString writeToOutbox(const QString& folder, const QByteArray& message)
 {
     QDir dir(folder);
-    if (!dir.mkpath(QStringLiteral(".")))
+    if (!common::makePrivateFolder(folder))
         throw common::RuntimeError(
             kFileAccessError,
             QStringLiteral("impossibile creare la cartella %1").arg(QDir::toNativeSeparators(folder)));
@@ -380,8 +381,10 @@ QString writeToOutbox(const QString& folder, const QByteArray& message)
     QString path = dir.filePath(stem + QStringLiteral(".eml"));
     for (int n = 2; QFileInfo::exists(path); ++n)
         path = dir.filePath(QStringLiteral("%1-%2.eml").arg(stem).arg(n));
+    // The target made first, the owner's alone: the saved file keeps its mode.
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(message) != message.size() || !file.commit())
+    if (!common::makePrivateFile(path) || !file.open(QIODevice::WriteOnly) ||
+        file.write(message) != message.size() || !file.commit())
         throw common::RuntimeError(kFileAccessError,
                                    QStringLiteral("impossibile scrivere %1: %2")
                                        .arg(QDir::toNativeSeparators(path), file.errorString()));

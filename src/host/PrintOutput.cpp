@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "PrintOutput.h"
 
+#include "common/PrivateFiles.h"
 #include "common/RuntimeError.h"
 #include "host/Dialogs.h"
 #include "host/HostInterface.h"
@@ -67,7 +68,7 @@ QString pdfFolder(IHost& host)
     if (folder.isEmpty())
         folder = host.GetDataPath() + QStringLiteral("stampe");
     folder = QDir::cleanPath(folder) + QLatin1Char('/');
-    if (!QDir().mkpath(folder))
+    if (!common::makePrivateFolder(folder))
         throw common::RuntimeError(common::ErrorNumber::PathNotFound,
                                    QStringLiteral("Impossibile creare la cartella delle stampe %1")
                                        .arg(QDir::toNativeSeparators(folder)));
@@ -76,6 +77,7 @@ QString pdfFolder(IHost& host)
 
 std::unique_ptr<QPdfWriter> pdfWriter(const QString& path, const QString& documentName)
 {
+    common::makePrivateFile(path);
     auto writer = std::make_unique<QPdfWriter>(path);
     writer->setTitle(documentName);
     writer->setCreator(QStringLiteral("xVELARIO"));

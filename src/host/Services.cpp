@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "Services.h"
 
-#include "host/Host.h"
+#include "common/PrivateFiles.h"
 #include "common/RuntimeError.h"
+#include "host/Host.h"
+
+#include <QFileInfo>
 
 #include <QSettings>
 
@@ -95,6 +98,9 @@ QString IniFormSettings::GetSetting(const QString& section, const QString& key, 
 
 void IniFormSettings::SaveSetting(const QString& section, const QString& key, const QString& value)
 {
+    // Made the owner's alone before the first value goes in; later saves keep its mode.
+    common::makePrivateFolder(QFileInfo(m_filePath).absolutePath());
+    common::makePrivateFile(m_filePath);
     QSettings settings(m_filePath, QSettings::IniFormat);
     settings.setValue(section + QLatin1Char('/') + key, value);
 }

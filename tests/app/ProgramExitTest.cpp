@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
+#include "FileModes.h"
+
 #include <QDeadlineTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QSqlDatabase>
@@ -104,21 +107,29 @@ TEST(ProgramReadyProbeTest, WhenAskedTheProgramSaysItsFormIsReadyWithItsPeakMemo
     }
 }
 
-// The program's own database, made on the first start, holds the demo shop.
-TEST(ProgramReadyProbeTest, AFirstStartOnTheProgramsOwnDatabaseShowsTheDemoShop)
+// The program's own database, made on the first start, holds the demo shop; its data folder and all in
+// it are the owner's alone though the session's umask would let others read them.
+TEST(ProgramReadyProbeTest, AFirstStartOnTheProgramsOwnDatabaseShowsTheDemoShopToTheOwnerAlone)
 {
     QTemporaryDir dir;
     ASSERT_TRUE(dir.isValid());
+    const QString data = dir.filePath("dati");
     QProcess program;
     QProcessEnvironment environment = programEnvironment(dir, false);
+    environment.insert("XVELARIO_DATA", data);
     environment.insert("XVELARIO_EXIT_WHEN_READY", "1");
     program.setProcessEnvironment(environment);
-    program.start(QStringLiteral(XV_PROGRAM), QStringList());
-    ASSERT_TRUE(program.waitForFinished(120000));
+    {
+        const xv::test::Umask open(022);
+        program.start(QStringLiteral(XV_PROGRAM), QStringList());
+        ASSERT_TRUE(program.waitForFinished(120000));
+    }
     ASSERT_EQ(program.exitCode(), 0) << program.readAllStandardError().toStdString();
+    EXPECT_TRUE(QFileInfo::exists(data + "/xvelario.db"));
+    EXPECT_EQ(xv::test::openToOthers(data), QStringList());
     {
         QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "demo-check");
-        db.setDatabaseName(dir.filePath("xvelario.db"));
+        db.setDatabaseName(data + "/xvelario.db");
         ASSERT_TRUE(db.open());
         QSqlQuery q(db);
         ASSERT_TRUE(q.exec("select count(*) from movimenti") && q.next());
