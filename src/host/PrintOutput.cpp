@@ -65,10 +65,13 @@ Printers* Printers::system()
 QString pdfFolder(IHost& host)
 {
     QString folder = host.GetSetting(kSection, QStringLiteral("CartellaPDF"), QString(), kStore).trimmed();
-    if (folder.isEmpty())
+    // The shop's own folder may be one it shares on purpose (with a print shop, a second office): its mode
+    // is the shop's to choose. Ours, in the data folder, is private; the files are private either way.
+    const bool ours = folder.isEmpty();
+    if (ours)
         folder = host.GetDataPath() + QStringLiteral("stampe");
     folder = QDir::cleanPath(folder) + QLatin1Char('/');
-    if (!common::makePrivateFolder(folder))
+    if (!(ours ? common::makePrivateFolder(folder) : QDir().mkpath(folder)))
         throw common::RuntimeError(common::ErrorNumber::PathNotFound,
                                    QStringLiteral("Impossibile creare la cartella delle stampe %1")
                                        .arg(QDir::toNativeSeparators(folder)));
