@@ -304,6 +304,37 @@ constexpr int innocuous = SQLITE_INNOCUOUS;
 constexpr int innocuous = 0;
 #endif
 
+// SQLite's own lower() lowers the letters A to Z alone, so "ÈRCOLI" stays "Èrcoli" and a search for
+// "èrcoli" misses an order PostgreSQL finds. This one lowers every letter as PostgreSQL does; a text of
+// ASCII alone, nearly every name, is lowered in place without a conversion, since a search lowers every
+// row it looks at.
+void sqliteLower(sqlite3_context* context, int, sqlite3_value** arguments)
+{
+    if (sqlite3_value_type(arguments[0]) == SQLITE_NULL) {
+        sqlite3_result_null(context);
+        return;
+    }
+    const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(arguments[0]));
+    const int size = sqlite3_value_bytes(arguments[0]);
+    if (!text) {
+        sqlite3_result_null(context);
+        return;
+    }
+    bool ascii = true;
+    for (int i = 0; i < size && ascii; ++i)
+        ascii = static_cast<unsigned char>(text[i]) < 0x80;
+    if (ascii) {
+        QByteArray lowered(text, size);
+        for (char& c : lowered)
+            if (c >= 'A' && c <= 'Z')
+                c = static_cast<char>(c - 'A' + 'a');
+        sqlite3_result_text(context, lowered.constData(), static_cast<int>(lowered.size()), SQLITE_TRANSIENT);
+        return;
+    }
+    const QByteArray lowered = QString::fromUtf8(text, size).toLower().toUtf8();
+    sqlite3_result_text(context, lowered.constData(), static_cast<int>(lowered.size()), SQLITE_TRANSIENT);
+}
+
 struct SqliteFunction
 {
     const char* name;
@@ -317,6 +348,7 @@ constexpr SqliteFunction sqliteFunctions[] = {
     {"year", 1, SQLITE_UTF8 | SQLITE_DETERMINISTIC | innocuous, sqliteYear},
     {"datevalue", 1, SQLITE_UTF8 | SQLITE_DETERMINISTIC | innocuous, sqliteDateValue},
     {"now", 0, SQLITE_UTF8 | innocuous, sqliteNow},
+    {"lower", 1, SQLITE_UTF8 | SQLITE_DETERMINISTIC | innocuous, sqliteLower},
 };
 
 // ---------------------------------------------------------------------------------------------------

@@ -102,6 +102,25 @@ TEST_P(OrderSearchTest, APageHoldsTheNewestOrdersWithTheirTotalsAndATypedTextFin
         EXPECT_EQ(Recordset::open(db(), orders::orderSearchSql("CO", c.typed, 20)).recordCount(), c.found) << c.typed;
 }
 
+// A name with accents is found whatever the case it was typed or stored in, on an order of any year; an
+// accent is a letter of its own, so a name typed without it is another name.
+TEST_P(OrderSearchTest, ANameWithAccentsIsFoundInAnyCaseOnOrdersOfAnyYear)
+{
+    db().executeBound("insert into movimenti (documento, serie, numero, Nominativo, attrib04) values "
+                      "('COMM', '2024', '9001', 'ÈRCOLI NICOLÒ', 'Comunione'), "
+                      "('COMM', '2026', '9002', 'èrcoli nicolò', 'Cresima di Zoë')");
+    const struct
+    {
+        const char* typed;
+        int found;
+    } cases[] = {{"èrcoli", 2}, {"ÈRCOLI", 2}, {"Nicolò", 2}, {"NICOLÒ", 2}, {"ercoli", 0}, {"ZOË", 1}};
+    for (const auto& c : cases)
+        EXPECT_EQ(
+            Recordset::open(db(), orders::orderSearchSql("CO", QString::fromUtf8(c.typed), 20)).recordCount(),
+            c.found)
+            << c.typed;
+}
+
 // Every row of a recordset as its fields' texts, with the field names first.
 QStringList table(Recordset rows)
 {
