@@ -133,13 +133,4 @@ INSTANTIATE_TEST_SUITE_P(
         FaultCase{"TextAfterClosingQuote", "a;b\n\"x\"y;2\n", {"2:0"}}),
     [](const ::testing::TestParamInfo<FaultCase>& p) { return std::string(p.param.name); });
 
-TEST(CsvReaderTest, ACellWithInvalidBytesKeepsItsPlaceAndTheRestIsRead)
-{
-    const CsvText csv = readCsv("a;b\nx;Perl\xC3\xA9\nPerl\xE9;y\n");
-    ASSERT_EQ(csv.records.size(), 3);
-    EXPECT_EQ(csv.records[2].fields.size(), 2);
-    EXPECT_EQ(csv.records[2].fields[1], QStringLiteral("y"));
-    EXPECT_EQ(csv.encoding, TextEncoding::Utf8);
-}
-
 } // namespace
