@@ -534,8 +534,11 @@ QStringList importFaultLines(const QVector<ImportFault>& faults, int limit)
     QStringList lines;
     for (qsizetype i = 0; i < faults.size() && i < limit; ++i)
         lines << faults[i].text();
-    if (faults.size() > limit)
-        lines << QStringLiteral("... e altri %1 errori").arg(faults.size() - limit);
+    const qsizetype rest = faults.size() - limit;
+    if (rest == 1)
+        lines << QStringLiteral("... e un altro errore");
+    else if (rest > 1)
+        lines << QStringLiteral("... e altri %1 errori").arg(rest);
     return lines;
 }
 

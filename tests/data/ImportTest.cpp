@@ -251,8 +251,10 @@ XV_INSTANTIATE_FOR_ENGINES(ImportTest);
 TEST(ImportFaultLinesTest, ShowsAtMostTheLimitAndCountsTheRest)
 {
     const QVector<data::ImportFault> faults{{2, "a", "x"}, {3, "", "y"}, {0, "", "z"}};
+    EXPECT_EQ(data::importFaultLines(faults, 1),
+              QStringList({"riga 2, colonna a: x", "... e altri 2 errori"}));
     EXPECT_EQ(data::importFaultLines(faults, 2),
-              QStringList({"riga 2, colonna a: x", "riga 3: y", "... e altri 1 errori"}));
+              QStringList({"riga 2, colonna a: x", "riga 3: y", "... e un altro errore"}));
     EXPECT_EQ(data::importFaultLines(faults, 3), QStringList({"riga 2, colonna a: x", "riga 3: y", "z"}));
 }
 
