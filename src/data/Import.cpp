@@ -31,14 +31,14 @@ enum class FieldKind {
     Agent,    // an agent's code, stored as its row key
 };
 
-struct FieldSpec
+struct ColumnRule
 {
     const char* header;
     const char* column;
     FieldKind kind;
 };
 
-const FieldSpec kArticoli[] = {
+const ColumnRule kArticoli[] = {
     {"codice", "codice", FieldKind::Code},
     {"descrizione", "descrizione", FieldKind::Name},
     {"categoria", "categoria", FieldKind::Text},
@@ -55,7 +55,7 @@ const FieldSpec kArticoli[] = {
 
 // The counterparts share their columns but for the payment (customers and suppliers) and the agent
 // (suppliers only).
-const FieldSpec kParty[] = {
+const ColumnRule kParty[] = {
     {"codice", "Code", FieldKind::Code},         {"ragsoc", "ragsoc", FieldKind::Name},
     {"indirizzo", "Indirizzo", FieldKind::Text}, {"cap", "Cap", FieldKind::Text},
     {"comune", "comune", FieldKind::Text},       {"provincia", "provincia", FieldKind::Text},
@@ -67,7 +67,7 @@ const FieldSpec kParty[] = {
 constexpr std::size_t kAgentFields = std::size(kParty) - 2;
 constexpr std::size_t kCustomerFields = std::size(kParty) - 1;
 
-std::span<const FieldSpec> fieldsOf(ImportTable table)
+std::span<const ColumnRule> fieldsOf(ImportTable table)
 {
     switch (table) {
     case ImportTable::Articoli:
@@ -146,8 +146,8 @@ QHash<QString, qint64> keysOf(Database& db, ImportTable table)
 
 struct Mapping
 {
-    QVector<int> specOfField; // for each field of the file, its spec's index, or -1 for a nameless column
-    QVector<int> fieldOfSpec; // for each spec, its field in the file, or -1
+    QVector<int> ruleOfField; // for each field of the file, its rule's index, or -1 for a nameless column
+    QVector<int> fieldOfRule; // for each rule, its field in the file, or -1
     QStringList headers;      // as the file writes them
 };
 
@@ -155,7 +155,7 @@ class Importer
 {
 public:
     Importer(Database& db, ImportTable table, const ImportOptions& options)
-        : m_db(db), m_table(table), m_specs(fieldsOf(table)), m_options(options)
+        : m_db(db), m_table(table), m_rules(fieldsOf(table)), m_options(options)
     {
     }
 
@@ -176,7 +176,7 @@ public:
             m_result.faults.push_back({fault.line, columnName(fault.field), fault.why});
             m_unreadable.insert(std::make_pair(fault.line, fault.field));
         }
-        if (m_mapping.fieldOfSpec[0] >= 0)
+        if (m_mapping.fieldOfRule[0] >= 0)
             m_existing = keysOf(m_db, m_table);
         if (hasKind(FieldKind::Supplier))
             m_references = keysOf(m_db, ImportTable::Fornitori);
@@ -197,13 +197,13 @@ private:
     struct Row
     {
         qint64 key = 0;      // the row it updates; 0 for a new one
-        QVariantList values; // one for each spec present, in the specs' order
+        QVariantList values; // one for each rule present, in the rules' order
     };
 
     bool hasKind(FieldKind kind) const
     {
-        for (qsizetype i = 0; i < qsizetype(m_specs.size()); ++i) {
-            if (m_specs[i].kind == kind && m_mapping.fieldOfSpec[i] >= 0)
+        for (qsizetype i = 0; i < qsizetype(m_rules.size()); ++i) {
+            if (m_rules[i].kind == kind && m_mapping.fieldOfRule[i] >= 0)
                 return true;
         }
         return false;
@@ -222,29 +222,29 @@ private:
     void readHeader(const CsvRecord& header)
     {
         m_mapping.headers = header.fields;
-        m_mapping.fieldOfSpec.fill(-1, qsizetype(m_specs.size()));
+        m_mapping.fieldOfRule.fill(-1, qsizetype(m_rules.size()));
         for (int field = 0; field < header.fields.size(); ++field) {
             const QString name = header.fields[field].trimmed().toLower();
             int found = -1;
-            for (qsizetype i = 0; i < qsizetype(m_specs.size()); ++i) {
-                if (name == QLatin1String(m_specs[i].header))
+            for (qsizetype i = 0; i < qsizetype(m_rules.size()); ++i) {
+                if (name == QLatin1String(m_rules[i].header))
                     found = int(i);
             }
-            m_mapping.specOfField.push_back(found);
+            m_mapping.ruleOfField.push_back(found);
             if (name.isEmpty())
                 continue;
             if (found < 0)
                 fault(header.line, field,
                       QStringLiteral("colonna sconosciuta; quelle ammesse sono: %1")
                           .arg(importHeaders(m_table).join(QStringLiteral(", "))));
-            else if (m_mapping.fieldOfSpec[found] >= 0)
+            else if (m_mapping.fieldOfRule[found] >= 0)
                 fault(header.line, field, QStringLiteral("colonna ripetuta"));
             else
-                m_mapping.fieldOfSpec[found] = field;
+                m_mapping.fieldOfRule[found] = field;
         }
         for (const QString& required : requiredImportHeaders(m_table)) {
-            for (qsizetype i = 0; i < qsizetype(m_specs.size()); ++i) {
-                if (required == QLatin1String(m_specs[i].header) && m_mapping.fieldOfSpec[i] < 0)
+            for (qsizetype i = 0; i < qsizetype(m_rules.size()); ++i) {
+                if (required == QLatin1String(m_rules[i].header) && m_mapping.fieldOfRule[i] < 0)
                     m_result.faults.push_back(
                         {header.line, required, QStringLiteral("colonna obbligatoria mancante")});
             }
@@ -252,10 +252,10 @@ private:
     }
 
     // The value to store for the field, or a fault.
-    std::optional<QVariant> convert(const FieldSpec& spec, const QString& raw, int line, int field)
+    std::optional<QVariant> convert(const ColumnRule& rule, const QString& raw, int line, int field)
     {
         const QString text = raw.trimmed();
-        switch (spec.kind) {
+        switch (rule.kind) {
         case FieldKind::Code:
         case FieldKind::Name:
             if (text.isEmpty()) {
@@ -267,13 +267,13 @@ private:
             return text;
         case FieldKind::Amount: {
             if (text.isEmpty())
-                return m_db.toStorage(QStringLiteral("0"), TypeCode::Currency, QLatin1String(spec.column));
+                return m_db.toStorage(QStringLiteral("0"), TypeCode::Currency, QLatin1String(rule.column));
             const auto amount = common::Money::tryParse(text, italian());
             if (!amount) {
                 fault(line, field, QStringLiteral("importo non valido %1").arg(quoted(text)));
                 return std::nullopt;
             }
-            return m_db.toStorage(amount->toDecimalText(), TypeCode::Currency, QLatin1String(spec.column));
+            return m_db.toStorage(amount->toDecimalText(), TypeCode::Currency, QLatin1String(rule.column));
         }
         case FieldKind::Quantity: {
             if (text.isEmpty())
@@ -310,7 +310,7 @@ private:
             if (found == m_references.constEnd()) {
                 fault(line, field,
                       QStringLiteral("%1 %2 sconosciuto")
-                          .arg(spec.kind == FieldKind::Supplier ? QStringLiteral("fornitore")
+                          .arg(rule.kind == FieldKind::Supplier ? QStringLiteral("fornitore")
                                                                 : QStringLiteral("agente"),
                                quoted(text)));
                 return std::nullopt;
@@ -333,7 +333,7 @@ private:
         }
         bool good = true;
         for (int field = 0; field < record.fields.size(); ++field) {
-            if (m_mapping.specOfField[field] < 0 && m_mapping.headers[field].trimmed().isEmpty() &&
+            if (m_mapping.ruleOfField[field] < 0 && m_mapping.headers[field].trimmed().isEmpty() &&
                 !record.fields[field].trimmed().isEmpty()) {
                 fault(line, -1,
                       QStringLiteral("valore %1 in una colonna senza intestazione (la %2ª)")
@@ -343,8 +343,8 @@ private:
             }
         }
         Row row;
-        for (qsizetype i = 0; i < qsizetype(m_specs.size()); ++i) {
-            const int field = m_mapping.fieldOfSpec[i];
+        for (qsizetype i = 0; i < qsizetype(m_rules.size()); ++i) {
+            const int field = m_mapping.fieldOfRule[i];
             if (field < 0)
                 continue;
             // A cell the file's bytes did not give is told once, as such, not again as a wrong value.
@@ -352,13 +352,13 @@ private:
                 good = false;
                 continue;
             }
-            const std::optional<QVariant> value = convert(m_specs[i], record.fields[field], line, field);
+            const std::optional<QVariant> value = convert(m_rules[i], record.fields[field], line, field);
             if (!value) {
                 good = false;
                 continue;
             }
             row.values.push_back(*value);
-            if (m_specs[i].kind != FieldKind::Code)
+            if (m_rules[i].kind != FieldKind::Code)
                 continue;
             const QString code = value->toString();
             const auto seen = m_lineOfCode.constFind(code);
@@ -372,7 +372,7 @@ private:
             }
             row.key = m_existing.value(code, 0);
         }
-        if (!good || m_mapping.fieldOfSpec[0] < 0)
+        if (!good || m_mapping.fieldOfRule[0] < 0)
             return;
         if (row.key != 0)
             ++m_result.updated;
@@ -387,17 +387,17 @@ private:
         return m_table == ImportTable::Articoli ? QStringLiteral("med") : QStringLiteral("controparti");
     }
 
-    // The insert and the update of one row, with the row's values in the specs' order; columns are our
+    // The insert and the update of one row, with the row's values in the rules' order; columns are our
     // own names, every value is bound.
     void write()
     {
         QStringList present;
         QStringList absentNumbers;
-        for (qsizetype i = 0; i < qsizetype(m_specs.size()); ++i) {
-            const QString column = QLatin1String(m_specs[i].column);
-            if (m_mapping.fieldOfSpec[i] >= 0)
+        for (qsizetype i = 0; i < qsizetype(m_rules.size()); ++i) {
+            const QString column = QLatin1String(m_rules[i].column);
+            if (m_mapping.fieldOfRule[i] >= 0)
                 present << column;
-            else if (m_specs[i].kind == FieldKind::Amount || m_specs[i].kind == FieldKind::Quantity)
+            else if (m_rules[i].kind == FieldKind::Amount || m_rules[i].kind == FieldKind::Quantity)
                 absentNumbers << column; // a new article starts with no price and no stock, not unknown ones
         }
         QStringList insertColumns = present + absentNumbers;
@@ -446,7 +446,7 @@ private:
 
     Database& m_db;
     ImportTable m_table;
-    std::span<const FieldSpec> m_specs;
+    std::span<const ColumnRule> m_rules;
     const ImportOptions& m_options;
     ImportResult m_result;
     Mapping m_mapping;
@@ -487,17 +487,17 @@ QString importTableName(ImportTable table)
 QStringList importHeaders(ImportTable table)
 {
     QStringList headers;
-    for (const FieldSpec& spec : fieldsOf(table))
-        headers << QLatin1String(spec.header);
+    for (const ColumnRule& rule : fieldsOf(table))
+        headers << QLatin1String(rule.header);
     return headers;
 }
 
 QStringList requiredImportHeaders(ImportTable table)
 {
     QStringList headers;
-    for (const FieldSpec& spec : fieldsOf(table)) {
-        if (spec.kind == FieldKind::Code || spec.kind == FieldKind::Name)
-            headers << QLatin1String(spec.header);
+    for (const ColumnRule& rule : fieldsOf(table)) {
+        if (rule.kind == FieldKind::Code || rule.kind == FieldKind::Name)
+            headers << QLatin1String(rule.header);
     }
     return headers;
 }
