@@ -183,6 +183,13 @@ public:
         }
     }
 
+    // Starts reading on the second line, the first one being at most length characters long.
+    void skipFirstLine(qsizetype length)
+    {
+        m_pos = length;
+        skipLineBreak();
+    }
+
 private:
     bool atLineEnd(qsizetype at) const { return m_text[at] == u'\n' || m_text[at] == u'\r'; }
 
@@ -304,8 +311,17 @@ CsvText readCsv(const QByteArray& bytes)
     }
     const Decoded decoded = decode(bytes);
     out.encoding = decoded.encoding;
-    out.separator = separatorOf(decoded.text);
-    Parser(decoded, out).run();
+    Parser parser(decoded, out);
+    // Excel reads, and some programs write for it, a first line "sep=;" that names the separator.
+    const QString& text = decoded.text;
+    if (text.size() >= 6 && text.startsWith(QLatin1String("sep="), Qt::CaseInsensitive) &&
+        (text[5] == u'\n' || text[5] == u'\r')) {
+        out.separator = text[4];
+        parser.skipFirstLine(5);
+    } else {
+        out.separator = separatorOf(text);
+    }
+    parser.run();
     return out;
 }
 

@@ -39,10 +39,10 @@ struct CsvText
 };
 
 // Reads the CSV a spreadsheet writes (RFC 4180): fields in double quotes may hold the separator, doubled
-// quotes and line breaks. The separator is the one of ';' and ',' that the first line uses more, outside
-// quotes (';' where Italian spreadsheets write decimal commas). The bytes are UTF-8 with or without its
-// byte-order mark, or else Windows-1252; bytes that fit neither are faults of their line and field, never
-// read as something else.
+// quotes and line breaks. The separator is the one a first line "sep=X" names, as Excel reads it, or else
+// the one of ';' and ',' that the first line uses more, outside quotes (';' where Italian spreadsheets
+// write decimal commas). The bytes are UTF-8 with or without its byte-order mark, or else Windows-1252;
+// bytes that fit neither are faults of their line and field, never read as something else.
 CsvText readCsv(const QByteArray& bytes);
 
 QString encodingName(TextEncoding encoding);

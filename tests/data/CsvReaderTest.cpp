@@ -87,6 +87,12 @@ INSTANTIATE_TEST_SUITE_P(
                  u';',
                  TextEncoding::Windows1252,
                  {"1:codice|descrizione", QString::fromUtf8("2:P1|Perlé € “ok”")}},
+        // The separator Excel's first line names wins over the one the header would suggest.
+        ReadCase{"SeparatorNamedOnTheFirstLine",
+                 "sep=,\r\na;b,c\r\n1;2,3\r\n",
+                 u',',
+                 TextEncoding::Utf8,
+                 {"2:a;b|c", "3:1;2|3"}},
         ReadCase{"OldMacLineEnds", "a;b\r1;2\r", u';', TextEncoding::Utf8, {"1:a|b", "2:1|2"}}),
     [](const ::testing::TestParamInfo<ReadCase>& p) { return std::string(p.param.name); });
 
