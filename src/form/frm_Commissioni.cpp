@@ -87,7 +87,8 @@ void frm_Commissioni::setupControls()
     addMenu(m_ui->act_FIND, {{"SCC_INTERVALLO", "Tutte le Commissioni da Stampare"},
                              {"CO_RITIRATO", "Tutte le Commssioni Emesse da Ritirare"},
                              {"CO_EMESSO", "Tutte le Commssioni Ritirate da Emettere"},
-                             {"config_comm", "Configurazione App"}});
+                             {"config_comm", "Configurazione App"},
+                             {"IMPORTA", "Importa catalogo e anagrafiche..."}});
     setupMenuControls();
 
     m_mBomboniere = new QMenu(this);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "common/Money.h"
+#include "data/Import.h"
 #include "form/FormAdapters.h"
 #include "lines/ArticleStore.h"
 #include "lines/ReorderMail.h"
@@ -23,6 +24,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 class QCheckBox;
 class QFocusEvent;
@@ -164,6 +166,20 @@ public:
     void Documento_StampaBigliettini();
     // A click on a status-bar panel, numbered from 1.
     void sBar_PanelClick(int panel);
+
+    // --- import of the catalogue and the counterparts from a spreadsheet's CSV
+    // What to import and from which file; nothing when the operator cancelled.
+    struct ImportChoice
+    {
+        data::ImportTable table = data::ImportTable::Articoli;
+        QString path;
+    };
+    using ImportChooser = std::function<std::optional<ImportChoice>(QWidget* parent)>;
+    // The real choice opens a list of the kinds and a file window; tests choose by script. Empty puts the
+    // real one back.
+    static void setImportChooser(ImportChooser chooser);
+    // Asks what to import, brings it in with a progress bar and tells the counts, or every refused row.
+    void Documenti_Importa();
 
     // --- text fields: every text box of the form comes through these
     void TextBox_GotFocus(QLineEdit* box);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The print button's menus: control slips, the change of state of chosen orders, the cards list.
+// The print button's menus: control slips, the change of state of chosen orders, the cards list; and the
+// import of the catalogue and the counterparts from a spreadsheet's CSV.
 #include "frm_Commissioni.h"
 
 #include "ui_frm_Commissioni.h"
@@ -8,6 +9,7 @@
 #include "common/Dates.h"
 #include "data/Recordset.h"
 #include "host/Dialogs.h"
+#include "host/Feedback.h"
 #include "host/PrintMailSettings.h"
 #include "host/Report.h"
 #include "host/Services.h"
@@ -18,6 +20,8 @@
 #include "printing/OrderChoice.h"
 
 #include <QCursor>
+#include <QFileDialog>
+#include <QInputDialog>
 #include <QLabel>
 #include <QMenu>
 #include <QMouseEvent>
@@ -109,7 +113,71 @@ void tellSlipsFound(const std::function<int()>& print)
     }
 }
 
+// The faults shown in the box: enough to mend the file by, with the count of the rest.
+constexpr int kImportFaultsShown = 20;
+
+std::optional<frm_Commissioni::ImportChoice> askImportChoice(QWidget* parent)
+{
+    const data::ImportTable tables[] = {data::ImportTable::Articoli, data::ImportTable::Clienti,
+                                        data::ImportTable::Fornitori, data::ImportTable::Agenti};
+    const QStringList captions{QStringLiteral("Articoli (catalogo)"), QStringLiteral("Clienti"),
+                               QStringLiteral("Fornitori"), QStringLiteral("Agenti")};
+    bool ok = false;
+    const QString caption =
+        QInputDialog::getItem(parent, QStringLiteral("Importa da file CSV"),
+                              QStringLiteral("Che cosa importare?"), captions, 0, false, &ok);
+    if (!ok)
+        return std::nullopt;
+    const QString path =
+        QFileDialog::getOpenFileName(parent, QStringLiteral("File CSV da importare"), QString(),
+                                     QStringLiteral("File CSV (*.csv *.txt);;Tutti i file (*)"));
+    if (path.isEmpty())
+        return std::nullopt;
+    return frm_Commissioni::ImportChoice{tables[captions.indexOf(caption)], path};
+}
+
+frm_Commissioni::ImportChooser& importChooser()
+{
+    static frm_Commissioni::ImportChooser chooser;
+    return chooser;
+}
+
 } // namespace
+
+void frm_Commissioni::setImportChooser(ImportChooser chooser)
+{
+    importChooser() = std::move(chooser);
+}
+
+void frm_Commissioni::Documenti_Importa()
+{
+    host::IHost& h = host::host();
+    const std::optional<ImportChoice> choice =
+        importChooser() ? importChooser()(this) : askImportChoice(this);
+    if (!choice)
+        return;
+    std::unique_ptr<host::Progress> bar;
+    data::ImportOptions options;
+    // The number of rows is known once the whole file has been read and checked.
+    options.progress = [&bar](qint64 done, qint64 total) {
+        if (!bar)
+            bar = std::make_unique<host::Progress>(QStringLiteral("Importazione in corso..."), int(total));
+        (*bar)(int(done));
+    };
+    data::ImportResult result;
+    {
+        const host::Busy wait;
+        result = data::importFile(h.GetConnection(), choice->table, choice->path, options);
+    }
+    bar.reset();
+    if (result.ok()) {
+        Dialogs::message(data::importSummary(result, false), Buttons::Ok, Icon::Information, h.GetAppTitle());
+        return;
+    }
+    Dialogs::message(data::importSummary(result, false) + QStringLiteral("\n\n") +
+                         data::importFaultLines(result.faults, kImportFaultsShown).join(QLatin1Char('\n')),
+                     Buttons::Ok, Icon::Exclamation, h.GetAppTitle());
+}
 
 void frm_Commissioni::setupMenuControls()
 {
@@ -150,6 +218,8 @@ void frm_Commissioni::tbComandi_ButtonMenuClick(QAction* entry)
             GET_Impostazioni();
         } else if (key == QLatin1String("IMPOSTAZIONI_STAMPA_POSTA")) {
             host::openPrintMailWindow();
+        } else if (key == QLatin1String("IMPORTA")) {
+            Documenti_Importa();
         }
         // "REP_DES" and any other key: nothing, as the shop has always had it.
     } catch (...) {
