@@ -98,17 +98,15 @@ TEST_F(DailyBackupTest, AFailedCopyIsLoggedAndToldOnceButTheProgramStarts)
     EXPECT_TRUE(test::logOf(h).contains("CopiaGiornaliera")) << test::logOf(h).toStdString();
 }
 
-TEST_F(DailyBackupTest, ARunningProgramStopsARestoreAndARestoreStopsAStart)
+TEST_F(DailyBackupTest, TheProgramHoldsItsDatabaseFromARestoreWhileItRunsAndDoesNotStartDuringOne)
 {
-    const QString copy = m_database.dataPath() + "copia.db";
     const QString path = m_database.config().sqlitePath;
     {
         host::Host h(m_database.hostOptions());
         ASSERT_TRUE(h.Initialize());
-        data::backupSqlite(h.GetConnection(), copy);
-        EXPECT_THROW(data::restoreSqlite(copy, path, QDateTime::currentDateTime()), common::RuntimeError);
+        EXPECT_EQ(data::UseMark::take(path, data::UseMark::Kind::Exclusive), nullptr);
         h.Terminate();
-        EXPECT_FALSE(data::restoreSqlite(copy, path, QDateTime::currentDateTime()).isEmpty());
+        EXPECT_NE(data::UseMark::take(path, data::UseMark::Kind::Exclusive), nullptr);
     }
     const auto restoring = data::UseMark::take(path, data::UseMark::Kind::Exclusive);
     ASSERT_NE(restoring, nullptr);
