@@ -14,6 +14,7 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
+#include <QLoggingCategory>
 #include <QStringList>
 
 #include <cstdio>
@@ -91,6 +92,9 @@ int restore(const data::ConnectionConfig& config, const QString& file)
 
 int main(int argc, char** argv)
 {
+    // Only what the operator must read reaches the terminal, unless QT_LOGGING_RULES asks for more.
+    if (qEnvironmentVariableIsEmpty("QT_LOGGING_RULES"))
+        QLoggingCategory::setFilterRules(QStringLiteral("xv.*.debug=false\nxv.*.info=false"));
     QCoreApplication app(argc, argv);
     QStringList arguments = QCoreApplication::arguments().mid(1);
     if (arguments.contains(QStringLiteral("--help")) || arguments.contains(QStringLiteral("-h"))) {

@@ -147,13 +147,18 @@ QString backupFolder(const HostOptions& options)
 int backupsToKeep(Database& db)
 {
     constexpr int kByDefault = 14;
-    QSqlQuery query =
-        db.executeBound(QStringLiteral("select valore from impostazioni where lower(archivio)=? "
-                                       "and lower(sezione)=? and lower(chiave)=?"),
-                        {QStringLiteral("ekela"), QStringLiteral("backup"), QStringLiteral("daconservare")});
-    bool ok = false;
-    const int keep = query.next() ? query.value(0).toString().trimmed().toInt(&ok) : 0;
-    return ok && keep > 0 ? keep : kByDefault;
+    try {
+        QSqlQuery query = db.executeBound(
+            QStringLiteral("select valore from impostazioni where lower(archivio)=? "
+                           "and lower(sezione)=? and lower(chiave)=?"),
+            {QStringLiteral("ekela"), QStringLiteral("backup"), QStringLiteral("daconservare")});
+        bool ok = false;
+        const int keep = query.next() ? query.value(0).toString().trimmed().toInt(&ok) : 0;
+        return ok && keep > 0 ? keep : kByDefault;
+    } catch (const RuntimeError&) {
+        // A database the program has not set up yet has no settings: its copies are kept as any others.
+        return kByDefault;
+    }
 }
 
 Host::Host(HostOptions options) : m_options(std::move(options))
