@@ -4,6 +4,7 @@
 #include "common/RuntimeError.h"
 #include "data/NativeHandle.h"
 #include "data/Schema.h"
+#include "data/SqliteFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -269,15 +270,14 @@ void backupSqlite(Database& db, const QString& target)
 QString sqliteBackupProblem(const QString& path)
 {
     const QFileInfo info(path);
-    if (!info.exists() || !info.isFile())
+    if (!info.exists())
         return QStringLiteral("Il file %1 non esiste").arg(path);
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return QStringLiteral("Impossibile leggere il file %1: %2").arg(path, file.errorString());
-    static const QByteArray kHeader("SQLite format 3\0", 16);
-    if (file.read(kHeader.size()) != kHeader)
-        return QStringLiteral("Il file %1 non è un database SQLite").arg(path);
-    file.close();
+    // What the program itself would refuse to open (not SQLite, unreadable, another program's) is refused
+    // with the same words; an empty file is no copy of anything.
+    if (const QString foreign = foreignFileReason(path); !foreign.isEmpty())
+        return foreign;
+    if (info.size() == 0)
+        return QStringLiteral("Il file %1 è vuoto").arg(path);
 
     const SqliteFile candidate(path, SQLITE_OPEN_READONLY);
     if (!candidate.opened())

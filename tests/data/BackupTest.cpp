@@ -216,7 +216,7 @@ TEST_F(SqliteRestoreTest, ACopyThatIsNotAWholeDatabaseOfThisProgramIsRefusedAndT
              Database other(data::ConnectionConfig::fromText("sqlite:" + path));
              other.executeBound("create table clienti (nome text)");
          },
-         "manca la tabella versione_schema"},
+         "di un altro programma"},
         {"a newer version",
          [](const QString& path) {
              Database newer(data::ConnectionConfig::fromText("sqlite:" + path));
@@ -306,22 +306,26 @@ protected:
             GTEST_SKIP() << m_database.reason().toStdString();
         }
     }
+    // The program's schema holding order 7 of three lines, dumped.
+    QString dumpOfOrder7()
+    {
+        Database db(m_database.config());
+        data::migrate(db);
+        writeOrder(db, 7, 3);
+        data::dumpPostgres(m_database.config(), m_dump);
+        return m_dump;
+    }
     test::TestDatabase m_database{Engine::PostgreSQL};
     QTemporaryDir m_dir;
+    QString m_dump = m_dir.filePath("negozio.dump");
 };
 
 TEST_F(PostgresBackupTest, ARestoreIntoAnEmptyDatabaseBringsBackAnOrderDeletedAfterTheDump)
 {
     const OpenUmask open;
-    const QString dump = m_dir.filePath("negozio.dump");
+    const QString dump = dumpOfOrder7();
     const data::ConnectionConfig config = m_database.config();
-    {
-        Database db(config);
-        data::migrate(db);
-        writeOrder(db, 7, 3);
-        data::dumpPostgres(config, dump);
-        db.executeBound("delete from movimenti where numero = '7'");
-    }
+    Database(config).executeBound("delete from movimenti where numero = '7'");
     EXPECT_EQ(modeOf(dump), 0600);
     EXPECT_EQ(data::postgresDumpProblem(dump), QString());
 
@@ -343,14 +347,8 @@ TEST_F(PostgresBackupTest, ARestoreIntoAnEmptyDatabaseBringsBackAnOrderDeletedAf
 
 TEST_F(PostgresBackupTest, ARestoreOverTheProgramsDataOrFromAFileThatIsNoDumpOfItIsRefused)
 {
-    const QString dump = m_dir.filePath("negozio.dump");
+    const QString dump = dumpOfOrder7();
     const data::ConnectionConfig config = m_database.config();
-    {
-        Database db(config);
-        data::migrate(db);
-        writeOrder(db, 7, 3);
-    }
-    data::dumpPostgres(config, dump);
     try {
         data::restorePostgres(config, dump);
         ADD_FAILURE() << "restored over the program's data";
