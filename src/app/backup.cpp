@@ -77,6 +77,10 @@ int takeBackup(const host::HostOptions& options, const data::ConnectionConfig& c
 int restore(const data::ConnectionConfig& config, const QString& file)
 {
     if (config.engine == data::Engine::SQLite) {
+        // A new machine gets its data folder from the restore, as private as the program makes it.
+        const QString folder = QFileInfo(config.sqlitePath).absolutePath();
+        if (!QFileInfo::exists(folder))
+            data::makePrivateFolder(folder);
         const QString kept = data::restoreSqlite(file, config.sqlitePath, QDateTime::currentDateTime());
         say(stdout, QStringLiteral("Database %1 ripristinato dalla copia %2").arg(config.sqlitePath, file));
         if (!kept.isEmpty())

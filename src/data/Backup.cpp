@@ -346,11 +346,18 @@ QString restoreSqlite(const QString& backup, const QString& databasePath, const 
                             "prima del ripristino. Il database non è stato modificato.")
                  .arg(databasePath));
     const QString unchanged = QStringLiteral(" Il database non è stato modificato.");
-    if (const QString problem = sqliteBackupProblem(backup); !problem.isEmpty())
-        fail(QStringLiteral("Copia rifiutata. %1.").arg(problem) + unchanged);
+    if (!QFileInfo(backup).isFile())
+        fail(QStringLiteral("Copia rifiutata. Il file %1 non esiste.").arg(backup) + unchanged);
 
-    // The copy is checked again where it will be used: it must be the file that passed, byte for byte.
+    // The copy is checked where it will be used, so that what passed is the very file that takes the
+    // database's place; the file named is only read.
     const QString incoming = databasePath + QStringLiteral(".ripristino");
+    const auto dropCheckLeftovers = [&incoming] {
+        // Opening a file that works with a write-ahead log, even to read it, leaves an empty log and its
+        // index beside it.
+        QFile::remove(incoming + QStringLiteral("-wal"));
+        QFile::remove(incoming + QStringLiteral("-shm"));
+    };
     createPrivateFile(incoming);
     {
         QFile from(backup);
@@ -369,9 +376,11 @@ QString restoreSqlite(const QString& backup, const QString& databasePath, const 
             }
         }
     }
-    if (const QString problem = sqliteBackupProblem(incoming); !problem.isEmpty()) {
+    QString problem = sqliteBackupProblem(incoming);
+    dropCheckLeftovers();
+    if (!problem.isEmpty()) {
         QFile::remove(incoming);
-        fail(QStringLiteral("Copia rifiutata. %1.").arg(problem) + unchanged);
+        fail(QStringLiteral("Copia rifiutata. %1.").arg(problem.replace(incoming, backup)) + unchanged);
     }
     syncPath(incoming, false);
 
