@@ -106,6 +106,7 @@ void setDemoShopFiller(std::function<void(Database&)> fill)
 HostOptions HostOptions::fromEnvironment()
 {
     HostOptions options;
+    options.dailyBackup = true;
     options.dataPath = envText("XVELARIO_DATA");
     if (options.dataPath.isEmpty())
         options.dataPath = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
@@ -118,9 +119,52 @@ HostOptions HostOptions::fromEnvironment()
     return options;
 }
 
+QString HostOptions::dataFolder() const
+{
+    return withSeparator(QDir::cleanPath(dataPath));
+}
+
+ConnectionConfig HostOptions::connection(bool* embeddedDefault) const
+{
+    QString text;
+    if (connectionText) {
+        text = *connectionText;
+    } else {
+        const QSettings local(dataFolder() + QStringLiteral("xvelario.conf"), QSettings::IniFormat);
+        text = local.value(QStringLiteral("database/connection")).toString();
+    }
+    if (embeddedDefault)
+        *embeddedDefault = text.isEmpty();
+    if (text.isEmpty())
+        text = QStringLiteral("sqlite:") + dataFolder() + QStringLiteral("xvelario.db");
+    return ConnectionConfig::fromText(text);
+}
+
+QString backupFolder(const HostOptions& options)
+{
+    return options.dataFolder() + QStringLiteral("backup");
+}
+
+int backupsToKeep(Database& db)
+{
+    constexpr int kByDefault = 14;
+    try {
+        QSqlQuery query = db.executeBound(
+            QStringLiteral("select valore from impostazioni where lower(archivio)=? "
+                           "and lower(sezione)=? and lower(chiave)=?"),
+            {QStringLiteral("ekela"), QStringLiteral("backup"), QStringLiteral("daconservare")});
+        bool ok = false;
+        const int keep = query.next() ? query.value(0).toString().trimmed().toInt(&ok) : 0;
+        return ok && keep > 0 ? keep : kByDefault;
+    } catch (const RuntimeError&) {
+        // A database the program has not set up yet has no settings: its copies are kept as any others.
+        return kByDefault;
+    }
+}
+
 Host::Host(HostOptions options) : m_options(std::move(options))
 {
-    m_options.dataPath = withSeparator(QDir::cleanPath(m_options.dataPath));
+    m_options.dataPath = m_options.dataFolder();
 }
 
 Host::~Host()
@@ -170,17 +214,8 @@ bool Host::Initialize()
             throw RuntimeError(
                 ErrorNumber::InvalidProcedureCall,
                 QStringLiteral("Impossibile creare la cartella dei dati %1").arg(m_options.dataPath));
-        QString connectionText;
-        if (m_options.connectionText) {
-            connectionText = *m_options.connectionText;
-        } else {
-            const QSettings local(m_options.dataPath + QStringLiteral("xvelario.conf"), QSettings::IniFormat);
-            connectionText = local.value(QStringLiteral("database/connection")).toString();
-        }
-        const bool embeddedDefault = connectionText.isEmpty();
-        if (embeddedDefault)
-            connectionText = QStringLiteral("sqlite:") + m_options.dataPath + QStringLiteral("xvelario.db");
-        config = ConnectionConfig::fromText(connectionText);
+        bool embeddedDefault = false;
+        config = m_options.connection(&embeddedDefault);
         // What lies where the database should be is looked at before it is opened: opening it for use
         // would already change it, and our tables have no place in another program's file.
         if (config.engine == Engine::SQLite) {
@@ -189,6 +224,22 @@ bool Host::Initialize()
                 throw RuntimeError(ErrorNumber::DatabaseError, refusal);
             // Made (or kept) the owner's alone before anything is written into it.
             common::makePrivateFile(config.sqlitePath);
+            m_useMark.reset();
+            bool restoring = false;
+            try {
+                m_useMark = data::UseMark::take(config.sqlitePath, data::UseMark::Kind::Shared);
+                restoring = !m_useMark;
+            } catch (...) {
+                // A folder the mark cannot be written in (a read-only share) does not stop the work; only
+                // a restore cannot see the program there.
+                logError(QStringLiteral("Initialize"), config.describe(),
+                         common::describe(std::current_exception()));
+            }
+            if (restoring)
+                throw RuntimeError(ErrorNumber::DatabaseError,
+                                   QStringLiteral("È in corso il ripristino di una copia di sicurezza su %1: "
+                                                  "riavviare il programma quando è finito")
+                                       .arg(config.sqlitePath));
         }
         m_db = std::make_unique<Database>(config);
         m_db->setReopenedHandler([this] { carryLockOver(); });
@@ -210,10 +261,13 @@ bool Host::Initialize()
             setup.commit();
         }
         clearStaleLocks();
+        if (m_options.dailyBackup && config.engine == Engine::SQLite)
+            takeDailyBackup();
         return true;
     } catch (...) {
         const common::ErrorInfo info = common::describe(std::current_exception());
         m_db.reset();
+        m_useMark.reset();
         logError(QStringLiteral("Initialize"), config.describe(), info);
         std::fprintf(stderr, "xVELARIO: impossibile avviare il collegamento ai dati: %s\n",
                      qPrintable(info.description));
@@ -226,7 +280,37 @@ void Host::Terminate()
     if (m_db && m_lastLock)
         ReleaseRecordLock(m_lastLock->window);
     m_db.reset();
+    m_useMark.reset();
     m_columns.clear();
+}
+
+void Host::takeDailyBackup()
+{
+    const QString folder = backupFolder(m_options);
+    const QString target =
+        folder + QLatin1Char('/') + data::backupFileName(QDate::currentDate(), Engine::SQLite);
+    try {
+        if (QFileInfo::exists(target))
+            return;
+        data::makePrivateFolder(folder);
+        data::backupSqlite(*m_db, target);
+        for (const QString& removed : data::rotateBackups(folder, Engine::SQLite, backupsToKeep(*m_db)))
+            qCInfo(lcHost) << "old backup removed:" << removed;
+    } catch (...) {
+        // A shop must be able to take orders even when its copy fails: it is told, and the next start tries
+        // again, since the day's copy is still missing.
+        const common::ErrorInfo info = common::describe(std::current_exception());
+        logError(QStringLiteral("CopiaGiornaliera"), target, info);
+        try {
+            Dialogs::message(
+                QStringLiteral("La copia di sicurezza di oggi non è stata fatta:\n%1\n\nIl "
+                               "programma funziona comunque; avvisare chi cura i dati del negozio.")
+                    .arg(info.description),
+                Buttons::Ok, Icon::Exclamation, kAppTitle);
+        } catch (...) {
+            logError(QStringLiteral("CopiaGiornaliera"), target, common::describe(std::current_exception()));
+        }
+    }
 }
 
 Database& Host::GetConnection()

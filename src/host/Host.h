@@ -2,6 +2,7 @@
 #pragma once
 
 #include "common/RuntimeError.h"
+#include "data/Backup.h"
 #include "host/HostInterface.h"
 
 #include <QHash>
@@ -22,10 +23,23 @@ struct HostOptions
     bool startCounters = true;             // give any other new database this year's order counter
     QString userName;                      // empty: the operating system's user
     QString stationName;                   // empty: the machine's name
+    bool dailyBackup = false;              // copy an SQLite database into backup/ at the day's first start
 
-    // Reads XVELARIO_DATA, XVELARIO_DB, XVELARIO_USER and XVELARIO_STATION.
+    // Reads XVELARIO_DATA, XVELARIO_DB, XVELARIO_USER and XVELARIO_STATION; the program's own start, so
+    // the day's copy is taken.
     static HostOptions fromEnvironment();
+    // The data folder, with its closing separator.
+    QString dataFolder() const;
+    // Where the data are: the connection named, else the one of xvelario.conf in the data folder, else the
+    // embedded database there (embeddedDefault tells which).
+    data::ConnectionConfig connection(bool* embeddedDefault = nullptr) const;
 };
+
+// The folder of the database copies inside the data folder.
+QString backupFolder(const HostOptions& options);
+// How many daily copies are kept: the setting DaConservare of section BACKUP (store eKELA), 14 when it
+// says nothing usable.
+int backupsToKeep(Database& db);
 
 // What fills the embedded default database with a demo shop when it is first made; the program's start-up
 // hands it in, so that a tool or a test without it starts from an empty shop.
@@ -109,9 +123,12 @@ private:
     void readSettings(const QString& source, const QString& text);
     void clearStaleLocks();
     void carryLockOver();
+    void takeDailyBackup();
 
     HostOptions m_options;
     std::unique_ptr<Database> m_db;
+    // Held while an SQLite database is open, so that no restore replaces it under this program.
+    std::unique_ptr<data::UseMark> m_useMark;
     // The stored settings by store, section and key in lower case; read on first use.
     QHash<QString, QString> m_settings;
     bool m_settingsRead = false;

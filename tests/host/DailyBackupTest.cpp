@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: MIT
+#include "ScriptedDialogs.h"
+#include "TestDatabase.h"
+
+#include "data/Backup.h"
+#include "host/Host.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSqlQuery>
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+namespace {
+
+using namespace xv;
+
+class DailyBackupTest : public ::testing::Test
+{
+protected:
+    host::HostOptions options() const
+    {
+        host::HostOptions o = m_database.hostOptions();
+        o.dailyBackup = true;
+        return o;
+    }
+    QString todaysCopy() const
+    {
+        return m_database.dataPath() + "backup/" +
+               data::backupFileName(QDate::currentDate(), data::Engine::SQLite);
+    }
+    static qint64 rowsIn(const QString& path)
+    {
+        data::Database db(data::ConnectionConfig::fromText("sqlite:" + path));
+        QSqlQuery query = db.executeBound("select count(*) from movimenti");
+        return query.next() ? query.value(0).toLongLong() : -1;
+    }
+
+    test::TestDatabase m_database{data::Engine::SQLite};
+};
+
+TEST_F(DailyBackupTest, TheFirstStartOfTheDayCopiesTheDatabaseAndLaterStartsDoNot)
+{
+    {
+        host::Host h(options());
+        ASSERT_TRUE(h.Initialize());
+        EXPECT_EQ(data::sqliteBackupProblem(todaysCopy()), QString());
+        h.GetConnection().executeBound("insert into movimenti (numero, serie) values ('1', '2026')");
+    }
+    EXPECT_EQ(rowsIn(todaysCopy()), 0);
+    struct stat info
+    {
+    };
+    ASSERT_EQ(::stat(QFile::encodeName(m_database.dataPath() + "backup").constData(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0700u);
+    host::Host again(options());
+    ASSERT_TRUE(again.Initialize());
+    EXPECT_EQ(rowsIn(todaysCopy()), 0) << "the day's copy was taken again";
+}
+
+TEST_F(DailyBackupTest, TheCopiesKeptAreThoseTheSettingSays)
+{
+    const QString folder = m_database.dataPath() + "backup/";
+    ASSERT_TRUE(QDir().mkpath(folder));
+    for (int days = 1; days <= 4; ++days) {
+        QFile old(folder + data::backupFileName(QDate::currentDate().addDays(-days), data::Engine::SQLite));
+        ASSERT_TRUE(old.open(QIODevice::WriteOnly));
+    }
+    {
+        host::Host first(m_database.hostOptions());
+        ASSERT_TRUE(first.Initialize());
+        first.SaveSetting("BACKUP", "DaConservare", "3", "eKELA");
+    }
+    host::Host h(options());
+    ASSERT_TRUE(h.Initialize());
+    const QStringList expected{
+        data::backupFileName(QDate::currentDate().addDays(-2), data::Engine::SQLite),
+        data::backupFileName(QDate::currentDate().addDays(-1), data::Engine::SQLite),
+        data::backupFileName(QDate::currentDate(), data::Engine::SQLite),
+    };
+    EXPECT_EQ(QDir(folder).entryList(QDir::Files, QDir::Name), expected);
+}
+
+TEST_F(DailyBackupTest, AFailedCopyIsLoggedAndToldOnceButTheProgramStarts)
+{
+    // A file where the folder should be: no copy can go there.
+    QFile blocker(m_database.dataPath() + "backup");
+    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
+    blocker.close();
+    test::ScriptedDialogs dialogs;
+    dialogs.expectMessage("copia di sicurezza di oggi non è stata fatta");
+    host::Host h(options());
+    ASSERT_TRUE(h.Initialize());
+    EXPECT_NO_THROW(h.GetConnection().executeBound("select count(*) from movimenti"));
+    EXPECT_TRUE(test::logOf(h).contains("CopiaGiornaliera")) << test::logOf(h).toStdString();
+}
+
+TEST_F(DailyBackupTest, TheProgramHoldsItsDatabaseFromARestoreWhileItRunsAndDoesNotStartDuringOne)
+{
+    const QString path = m_database.config().sqlitePath;
+    {
+        host::Host h(m_database.hostOptions());
+        ASSERT_TRUE(h.Initialize());
+        EXPECT_EQ(data::UseMark::take(path, data::UseMark::Kind::Exclusive), nullptr);
+        h.Terminate();
+        EXPECT_NE(data::UseMark::take(path, data::UseMark::Kind::Exclusive), nullptr);
+    }
+    const auto restoring = data::UseMark::take(path, data::UseMark::Kind::Exclusive);
+    ASSERT_NE(restoring, nullptr);
+    host::Host h(m_database.hostOptions());
+    EXPECT_FALSE(h.Initialize());
+    EXPECT_TRUE(test::logOf(h).contains("ripristino")) << test::logOf(h).toStdString();
+}
+
+} // namespace
