@@ -222,11 +222,11 @@ QStringList rotateBackups(const QString& folder, Engine engine, int keep)
     return removed;
 }
 
-void backupSqlite(Database& db, const QString& target)
+namespace {
+
+// The pages of an open database into target, through a private partial file renamed when complete.
+void copySqlite(sqlite3* source, const QString& sourcePath, const QString& target)
 {
-    sqlite3* source = sqliteHandle(db.handle());
-    if (!source)
-        fail(QStringLiteral("La copia con il motore SQLite vale solo per un database SQLite aperto"));
     const QString partial = target + QStringLiteral(".parziale");
     createPrivateFile(partial);
     {
@@ -239,7 +239,7 @@ void backupSqlite(Database& db, const QString& target)
         if (!backup) {
             const QString why = sqliteMessage(copy.handle(), SQLITE_ERROR);
             QFile::remove(partial);
-            fail(QStringLiteral("Impossibile iniziare la copia di %1: %2").arg(db.config().sqlitePath, why));
+            fail(QStringLiteral("Impossibile iniziare la copia di %1: %2").arg(sourcePath, why));
         }
         // All the pages in one step: the copy is read in one read transaction, so it is one moment of the
         // database whatever other processes commit meanwhile. A writer holding the file for a moment (a
@@ -261,10 +261,30 @@ void backupSqlite(Database& db, const QString& target)
         }
         if (!why.isEmpty()) {
             QFile::remove(partial);
-            fail(QStringLiteral("Copia di %1 non riuscita: %2").arg(db.config().sqlitePath, why));
+            fail(QStringLiteral("Copia di %1 non riuscita: %2").arg(sourcePath, why));
         }
     }
     renameDurably(partial, target);
+}
+
+} // namespace
+
+void backupSqlite(Database& db, const QString& target)
+{
+    sqlite3* source = sqliteHandle(db.handle());
+    if (!source)
+        fail(QStringLiteral("La copia con il motore SQLite vale solo per un database SQLite aperto"));
+    copySqlite(source, db.config().sqlitePath, target);
+}
+
+void backupSqliteFile(const QString& databasePath, const QString& target)
+{
+    // A connection of the copy's own: it may run on any thread, beside the program's work. It only reads,
+    // but is opened for writing so that it can share the write-ahead log's index with the others.
+    SqliteFile source(databasePath, SQLITE_OPEN_READWRITE);
+    if (!source.opened())
+        fail(QStringLiteral("Impossibile aprire %1 per la copia: %2").arg(databasePath, source.error()));
+    copySqlite(source.handle(), databasePath, target);
 }
 
 QString sqliteBackupProblem(const QString& path)

@@ -31,6 +31,9 @@ QStringList rotateBackups(const QString& folder, Engine engine, int keep);
 // the target, made durable and renamed over it, so the target is either the old copy or the whole new one;
 // the copy is a single file (no write-ahead log) readable by its owner only.
 void backupSqlite(Database& db, const QString& target);
+// The same from the database's file, through a connection of the copy's own, so that it can run on a thread
+// of its own while the program goes on with its work.
+void backupSqliteFile(const QString& databasePath, const QString& target);
 
 // Why the SQLite file cannot be taken for this program's database, read without changing it; empty when it
 // can: it passes the engine's integrity check and holds this program's tables at a schema version this

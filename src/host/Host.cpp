@@ -12,11 +12,13 @@
 #include "host/Mail.h"
 #include "host/Report.h"
 
+#include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
+#include <QMetaObject>
 #include <QObject>
 #include <QSettings>
 #include <QSqlQuery>
@@ -169,6 +171,8 @@ Host::Host(HostOptions options) : m_options(std::move(options))
 
 Host::~Host()
 {
+    waitForDailyBackup();
+    m_dailyCopyState->teller = nullptr;
     // However the program ends, it leaves no lock behind on the order it had open.
     if (m_db && m_lastLock)
         ReleaseRecordLock(m_lastLock->window);
@@ -262,7 +266,7 @@ bool Host::Initialize()
         }
         clearStaleLocks();
         if (m_options.dailyBackup && config.engine == Engine::SQLite)
-            takeDailyBackup();
+            startDailyBackup();
         return true;
     } catch (...) {
         const common::ErrorInfo info = common::describe(std::current_exception());
@@ -277,6 +281,7 @@ bool Host::Initialize()
 
 void Host::Terminate()
 {
+    waitForDailyBackup();
     if (m_db && m_lastLock)
         ReleaseRecordLock(m_lastLock->window);
     m_db.reset();
@@ -284,32 +289,77 @@ void Host::Terminate()
     m_columns.clear();
 }
 
-void Host::takeDailyBackup()
+void Host::startDailyBackup()
 {
+    waitForDailyBackup();
     const QString folder = backupFolder(m_options);
     const QString target =
         folder + QLatin1Char('/') + data::backupFileName(QDate::currentDate(), Engine::SQLite);
-    try {
-        if (QFileInfo::exists(target))
-            return;
-        data::makePrivateFolder(folder);
-        data::backupSqlite(*m_db, target);
-        for (const QString& removed : data::rotateBackups(folder, Engine::SQLite, backupsToKeep(*m_db)))
-            qCInfo(lcHost) << "old backup removed:" << removed;
-    } catch (...) {
-        // A shop must be able to take orders even when its copy fails: it is told, and the next start tries
-        // again, since the day's copy is still missing.
-        const common::ErrorInfo info = common::describe(std::current_exception());
-        logError(QStringLiteral("CopiaGiornaliera"), target, info);
+    if (QFileInfo::exists(target))
+        return;
+    // What the copy needs of this connection is read here: the connection stays with this thread.
+    const QString source = m_db->config().sqlitePath;
+    const int keep = backupsToKeep(*m_db);
+    const std::shared_ptr<DailyCopyState> state = m_dailyCopyState;
+    {
+        const std::lock_guard lock(state->mutex);
+        state->target = target;
+        state->failure.reset();
+    }
+    state->teller = [this] { tellDailyBackupFailure(); };
+    m_dailyCopy = std::thread([state, folder, target, source, keep] {
         try {
-            Dialogs::message(
-                QStringLiteral("La copia di sicurezza di oggi non è stata fatta:\n%1\n\nIl "
-                               "programma funziona comunque; avvisare chi cura i dati del negozio.")
-                    .arg(info.description),
-                Buttons::Ok, Icon::Exclamation, kAppTitle);
+            data::makePrivateFolder(folder);
+            data::backupSqliteFile(source, target);
+            for (const QString& removed : data::rotateBackups(folder, Engine::SQLite, keep))
+                qCInfo(lcHost) << "old backup removed:" << removed;
         } catch (...) {
-            logError(QStringLiteral("CopiaGiornaliera"), target, common::describe(std::current_exception()));
+            const common::ErrorInfo info = common::describe(std::current_exception());
+            {
+                const std::lock_guard lock(state->mutex);
+                state->failure = info;
+            }
+            // Told on the main thread, where the windows are, when the program gets back to its events.
+            if (QCoreApplication* application = QCoreApplication::instance())
+                QMetaObject::invokeMethod(
+                    application,
+                    [state] {
+                        if (state->teller)
+                            state->teller();
+                    },
+                    Qt::QueuedConnection);
         }
+    });
+}
+
+void Host::waitForDailyBackup()
+{
+    if (m_dailyCopy.joinable())
+        m_dailyCopy.join();
+    tellDailyBackupFailure();
+}
+
+void Host::tellDailyBackupFailure()
+{
+    std::optional<common::ErrorInfo> failure;
+    QString target;
+    {
+        const std::lock_guard lock(m_dailyCopyState->mutex);
+        failure.swap(m_dailyCopyState->failure);
+        target = m_dailyCopyState->target;
+    }
+    if (!failure)
+        return;
+    // A shop must be able to take orders even when its copy fails: it is told, and the next start tries
+    // again, since the day's copy is still missing.
+    logError(QStringLiteral("CopiaGiornaliera"), target, *failure);
+    try {
+        Dialogs::message(QStringLiteral("La copia di sicurezza di oggi non è stata fatta:\n%1\n\nIl "
+                                        "programma funziona comunque; avvisare chi cura i dati del negozio.")
+                             .arg(failure->description),
+                         Buttons::Ok, Icon::Exclamation, kAppTitle);
+    } catch (...) {
+        logError(QStringLiteral("CopiaGiornaliera"), target, common::describe(std::current_exception()));
     }
 }
 

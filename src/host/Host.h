@@ -11,7 +11,9 @@
 
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
+#include <thread>
 
 namespace xv::host {
 
@@ -111,6 +113,9 @@ public:
     int PadWidth(const QString& text, int width, int mode = 0) override;
 
     QString logFilePath() const;
+    // The day's copy runs on a thread of its own, so that the first start of a day opens the form at once;
+    // this waits for it to end and tells its failure if it has not been told yet. Terminate waits too.
+    void waitForDailyBackup();
     QObject* registeredForm() const { return m_form; }
     // How many documents windows have reported written since the start.
     int documentsWritten() const { return m_documentsWritten; }
@@ -123,12 +128,24 @@ private:
     void readSettings(const QString& source, const QString& text);
     void clearStaleLocks();
     void carryLockOver();
-    void takeDailyBackup();
+    void startDailyBackup();
+    void tellDailyBackupFailure();
 
     HostOptions m_options;
     std::unique_ptr<Database> m_db;
     // Held while an SQLite database is open, so that no restore replaces it under this program.
     std::unique_ptr<data::UseMark> m_useMark;
+    // The day's copy: its thread, and its failure until the operator is told of it.
+    std::thread m_dailyCopy;
+    struct DailyCopyState
+    {
+        std::mutex mutex;
+        QString target;
+        std::optional<common::ErrorInfo> failure;
+        // Tells the failure; cleared when the host goes. Both only on the main thread.
+        std::function<void()> teller;
+    };
+    std::shared_ptr<DailyCopyState> m_dailyCopyState = std::make_shared<DailyCopyState>();
     // The stored settings by store, section and key in lower case; read on first use.
     QHash<QString, QString> m_settings;
     bool m_settingsRead = false;
