@@ -5,6 +5,9 @@ XV_BUILD_PACKAGES=(build-essential cmake ninja-build pkg-config qt6-base-dev qt6
     libqt6sql6-sqlite libqt6sql6-psql libsqlite3-dev libpq-dev libcurl4-openssl-dev)
 XV_TEST_PACKAGES=(libgtest-dev libgmock-dev libbenchmark-dev postgresql locales
     poppler-utils python3-aiosmtpd python3-cryptography cups printer-driver-cups-pdf)
+# scripts/package: CPack's DEB generator finds the programs with file and their libraries with dpkg-shlibdeps
+# (dpkg-dev); the package and its desktop files are checked with the three validators.
+XV_PACKAGE_PACKAGES=(dpkg-dev file lintian desktop-file-utils appstream)
 
 xv_as_root() {
     if [ "$(id -u)" -eq 0 ]; then

@@ -45,6 +45,8 @@ int main(int argc, char** argv)
     xv::common::readLocalTimeZoneOnce();
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("xVELARIO"));
+    // The desktop entry the package installs (xvelario.desktop): its icon and name go with the window.
+    QApplication::setDesktopFileName(QStringLiteral("xvelario"));
     // The shop works in Italian: dates day first, money in euro, whatever the machine is set to.
     QLocale::setDefault(QLocale(QLocale::Italian, QLocale::Italy));
     const ReleaseBeforeTheApplication release;
