@@ -104,8 +104,10 @@ the control slips and the cards list.
 
 One workstation keeps its orders in an embedded SQLite database, filled with
 a demo shop on the first start; several workstations share a PostgreSQL
-database. The package also holds xvelario-makedb, which builds demo shops of
-any size.")
+database. The package also holds xvelario-import, which brings in a shop's
+catalogue, customers, suppliers and agents from a spreadsheet's CSV files,
+xvelario-backup, which copies the database and restores a copy, and
+xvelario-makedb, which builds demo shops of any size.")
 
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER "${XV_PACKAGE_MAINTAINER}")
@@ -113,6 +115,8 @@ set(CPACK_DEBIAN_PACKAGE_SECTION misc)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "libqt6sql6-sqlite, libqt6sql6-psql")
+# xvelario-backup runs pg_dump and pg_restore for a shop on PostgreSQL; one on SQLite needs neither.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "postgresql-client")
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 
 include(CPack)

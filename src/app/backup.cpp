@@ -6,6 +6,7 @@
 //   xvelario-backup --restore FILE  the database replaced by the copy in FILE
 // The database is the program's own: XVELARIO_DATA, XVELARIO_DB and xvelario.conf name it as for the form.
 #include "data/Backup.h"
+#include "common/PrivateFiles.h"
 #include "common/RuntimeError.h"
 #include "data/SqliteFile.h"
 #include "host/Host.h"
@@ -96,6 +97,8 @@ int restore(const data::ConnectionConfig& config, const QString& file)
 
 int main(int argc, char** argv)
 {
+    // A copy holds every customer of the shop: the owner's alone, whatever the session's umask.
+    xv::common::restrictNewFilesToOwner();
     // Only what the operator must read reaches the terminal, unless QT_LOGGING_RULES asks for more.
     if (qEnvironmentVariableIsEmpty("QT_LOGGING_RULES"))
         QLoggingCategory::setFilterRules(QStringLiteral("xv.*.debug=false\nxv.*.info=false"));

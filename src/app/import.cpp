@@ -2,6 +2,7 @@
 // xvelario-import: brings the catalogue, the customers, the suppliers or the agents in from the CSV a
 // spreadsheet writes, into the database the program itself opens.
 #include "data/Import.h"
+#include "common/PrivateFiles.h"
 #include "common/RuntimeError.h"
 #include "host/Host.h"
 
@@ -35,6 +36,8 @@ int usageError(const QString& message)
 
 int main(int argc, char** argv)
 {
+    // The database it may create, and the program's log, are the owner's alone.
+    xv::common::restrictNewFilesToOwner();
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("xvelario-import"));
 

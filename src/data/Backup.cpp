@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Backup.h"
 
+#include "common/PrivateFiles.h"
 #include "common/RuntimeError.h"
 #include "data/NativeHandle.h"
 #include "data/Schema.h"
@@ -33,7 +34,6 @@ using common::RuntimeError;
 namespace {
 
 constexpr mode_t kPrivateFile = 0600;
-constexpr mode_t kPrivateFolder = 0700;
 
 // The tables every version of the schema has; a file without one of them is not this program's database.
 const char* const kOurTables[] = {"versione_schema", "movimenti", "numeratori",   "controparti",   "med",
@@ -195,10 +195,8 @@ QString backupFileName(const QDate& day, Engine engine)
 
 void makePrivateFolder(const QString& folder)
 {
-    if (!QDir().mkpath(folder))
-        fail(QStringLiteral("Impossibile creare la cartella %1").arg(folder));
-    if (::chmod(nativePath(folder).constData(), kPrivateFolder) != 0)
-        fail(QStringLiteral("Impossibile rendere privata la cartella %1: %2").arg(folder, systemError()));
+    if (!common::makePrivateFolder(folder))
+        fail(QStringLiteral("Impossibile creare la cartella privata %1: %2").arg(folder, systemError()));
 }
 
 QStringList rotateBackups(const QString& folder, Engine engine, int keep)

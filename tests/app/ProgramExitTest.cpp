@@ -2,6 +2,7 @@
 #include "FileModes.h"
 
 #include <QDeadlineTimer>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
@@ -107,8 +108,9 @@ TEST(ProgramReadyProbeTest, WhenAskedTheProgramSaysItsFormIsReadyWithItsPeakMemo
     }
 }
 
-// The program's own database, made on the first start, holds the demo shop; its data folder and all in
-// it are the owner's alone though the session's umask would let others read them.
+// The program's own database, made on the first start, holds the demo shop; its data folder and all that
+// the program and its tools write in it are the owner's alone though the session's umask would let others
+// read them.
 TEST(ProgramReadyProbeTest, AFirstStartOnTheProgramsOwnDatabaseShowsTheDemoShopToTheOwnerAlone)
 {
     QTemporaryDir dir;
@@ -119,13 +121,27 @@ TEST(ProgramReadyProbeTest, AFirstStartOnTheProgramsOwnDatabaseShowsTheDemoShopT
     environment.insert("XVELARIO_DATA", data);
     environment.insert("XVELARIO_EXIT_WHEN_READY", "1");
     program.setProcessEnvironment(environment);
-    {
-        const xv::test::Umask open(022);
-        program.start(QStringLiteral(XV_PROGRAM), QStringList());
-        ASSERT_TRUE(program.waitForFinished(120000));
-    }
+    const xv::test::Umask open(022);
+    program.start(QStringLiteral(XV_PROGRAM), QStringList());
+    ASSERT_TRUE(program.waitForFinished(120000));
     ASSERT_EQ(program.exitCode(), 0) << program.readAllStandardError().toStdString();
+    // The tools a shop runs on the same folder: a copy on demand and an import of customers.
+    const struct
+    {
+        const char* tool;
+        QStringList arguments;
+    } tools[] = {{XV_BACKUP_TOOL, {}}, {XV_IMPORT_TOOL, {"clienti", XV_DOCS "/import-clienti.csv"}}};
+    for (const auto& t : tools) {
+        QProcess run;
+        QProcessEnvironment toolEnvironment = programEnvironment(dir, false);
+        toolEnvironment.insert("XVELARIO_DATA", data);
+        run.setProcessEnvironment(toolEnvironment);
+        run.start(QString::fromUtf8(t.tool), t.arguments);
+        ASSERT_TRUE(run.waitForFinished(120000)) << t.tool;
+        EXPECT_EQ(run.exitCode(), 0) << t.tool << run.readAllStandardError().toStdString();
+    }
     EXPECT_TRUE(QFileInfo::exists(data + "/xvelario.db"));
+    EXPECT_EQ(QDir(data + "/backup").entryList(QDir::Files).size(), 1);
     EXPECT_EQ(xv::test::openToOthers(data), QStringList());
     {
         QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "demo-check");
