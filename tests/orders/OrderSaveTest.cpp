@@ -192,19 +192,22 @@ TEST_P(OrderSaveTest, TheModeAloneSaysWhetherTheOrderIsNewWhateverItsFirstLineCa
     {
         WriteMode mode;
         const char* firstKey;
+        const char* state;
         int counterAfter;
         double stockAfter;
     } cases[] = {
-        {WriteMode::Save, "57", 8, 100 - 2 * 3},  // a new order takes a number and its collected lines
-        {WriteMode::Update, "0", 7, 100 + 2 * 3}, // a saved order gives its collected lines back
+        {WriteMode::Save, "57", "RITIRATO", 8, 100 - 2 * 3},  // a new order takes a number and its collected lines
+        {WriteMode::Update, "0", "RITIRATO", 7, 100 + 2 * 3}, // a saved order gives its collected lines back
+        {WriteMode::Update, "0", "EMESSO", 7, 100},           // issued lines leave the stock alone
+        {WriteMode::Save, "57", "EMESSO", 8, 100},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.firstKey);
+        SCOPED_TRACE(std::string(c.firstKey) + " " + c.state);
         db().executeBound("update numeratori set numero=7");
         db().executeBound("update med set quantita_reale=100, quantita_disponibile=90");
         orders::OrderWrite order = newOrder("8", 2);
         for (QStringList& cells : order.grid.lines) {
-            cells[Col_StatoRiga] = "RITIRATO";
+            cells[Col_StatoRiga] = c.state;
             cells[Col_rowid_med] = article;
             cells[Col_qta] = "3";
         }
