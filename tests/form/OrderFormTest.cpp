@@ -130,6 +130,7 @@ TEST_P(OrderFormTest, ATypedNumberShowsTheOrderInItsFieldsAndLinesAndAnUnknownOn
     // Colours by status, and the quantities' total (TotalsTest's rule).
     EXPECT_EQ(grid()->rowForeground(2), host::toQColor(m_host->GetIssuedColor()));
     EXPECT_EQ(grid()->rowForeground(3), host::toQColor(m_host->GetCollectedColor()));
+    EXPECT_EQ(grid()->rowBackground(2), host::toQColor(m_host->GetLockedColor()));
     EXPECT_EQ(form.statusPanelText(6), "Tot.Q.tà: 4");
     EXPECT_EQ(form.statusPanelText(7), "Tot.Righe: 2");
     EXPECT_EQ(form.order().key, first);

@@ -62,9 +62,9 @@ protected:
     }
 };
 
-// What a save and an update write is OrderSaveTest's; here, the questions and messages around them and the
-// order read back.
-TEST_P(SaveTest, ASaveAndThenAnUpdateByF3WriteTheOrderAndShowItReadBack)
+// What a save, an update and a delete write is OrderSaveTest's; here, the questions and messages around them
+// and the order read back.
+TEST_P(SaveTest, ASaveAnUpdateByF3AndADeleteFromTheToolbarAskAndTellTheOperator)
 {
     test::ScriptedDialogs dialogs;
     frm_Commissioni& form = completeOrder();
@@ -94,6 +94,16 @@ TEST_P(SaveTest, ASaveAndThenAnUpdateByF3WriteTheOrderAndShowItReadBack)
     EXPECT_EQ(scalar("select count(*) from movimenti where attrib06='Marco e Giulia Bianchi'"), "3");
     EXPECT_EQ(counter(), 8);
     EXPECT_EQ(form.ModeTag2(), "M");
+
+    // Held by nobody else, the toolbar's delete asks, and removes it on Yes only.
+    dialogs.expectMessage(QStringLiteral("Eliminare il documento N°8\\%1?").arg(m_year), host::Answer::No);
+    form.tbComandiDocumento_ButtonClick(documentButton(3));
+    EXPECT_EQ(orderRows("8"), 3);
+    dialogs.expectMessage(QStringLiteral("Eliminare il documento N°8\\%1?").arg(m_year), host::Answer::Yes);
+    dialogs.expectMessage("Cancellazione del documento N°8");
+    form.tbComandiDocumento_ButtonClick(documentButton(3));
+    EXPECT_EQ(orderRows("8"), 0);
+    EXPECT_EQ(counter(), 8);
 }
 
 TEST_P(SaveTest, ANewOrderWhoseNumberAnotherWorkstationSavedFirstTakesTheNextAndKeepsBoth)
