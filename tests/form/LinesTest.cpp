@@ -204,6 +204,10 @@ TEST_P(LinesTest, EditAppendsUnlessTheDuplicateCheckFindsTheArticle)
     clickCell(FirstDataRow, Col_qta);
     field("txt_codice")->setText("  A1 ");
     field("txt_qta")->setText("9");
+    // How the line is found is ArticleInfoTest's; the form keeps the answer for the line it writes.
+    form.CheckPreInserimentoArticolo();
+    EXPECT_EQ(form.existingRow(), FirstDataRow);
+    EXPECT_EQ(QString::number(form.rowidMed()), articleKey);
     form.tbComandiRighe_ButtonClick(linesButton(3));
     EXPECT_EQ(column(Col_qta), QStringList({"9", "6"}));
     EXPECT_EQ(grid()->textMatrix(FirstDataRow, Col_rowid), articleKey); // the replaced line's rowid_med

@@ -78,6 +78,7 @@ TEST_P(ReorderMailFormTest, TheStockQuestionsYesMailsTheReorderToThePanelsAgent)
     askForEight(dialogs, host::Answer::Yes, "Mail inviata a luca@esempio.it");
 
     ASSERT_EQ(dialogs.messages().size(), 2);
+    EXPECT_EQ(m_form->missingQuantity(), 3.0f);
     // The mail's wording is ReorderMailTest's; here, what the form hands it: the panel's article and agent,
     // the quantity missing and the order's first pick-up.
     const QVector<test::ReceivedMail> received = server.received();
