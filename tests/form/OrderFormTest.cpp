@@ -189,42 +189,6 @@ TEST_P(OrderFormTest, AnOrderThatCannotBeReadIsReportedAndLeavesNothingOfTheLast
     EXPECT_FALSE(form.findChild<QCheckBox*>("chk_Biglietti")->isChecked());
 }
 
-// How the stored accessories read is AccessoryReadingTest's; here, that the boxes, options and fields show
-// them, and that an order without any shows nothing of the one before.
-TEST_P(OrderFormTest, LoadingAnOrderShowsItsAccessoriesAndNothingOfTheOneBefore)
-{
-    test::addOrderLine(db(), "21", QDate(m_year, 4, 1),
-                       {{"attrib00", "2"}, {"attrib01", "1"}, {"attrib02", "5"}, {"attrib03", ""}});
-    test::addOrderLine(db(), "22", QDate(m_year, 4, 1),
-                       {{"attrib00", ""}, {"attrib01", ""}, {"attrib02", ""}, {"attrib03", "3"}});
-    test::ScriptedDialogs noBoxes;
-    frm_Commissioni& form = openForm();
-    QCheckBox* cards = form.findChild<QCheckBox*>("chk_Biglietti");
-    QWidget* accessories = widget("fra_Accessori");
-    QWidget* almonds = widget("fra_Confetti");
-    typeNumberAndEnter("21");
-    EXPECT_TRUE(cards->isChecked());
-    EXPECT_EQ(form::tagOf(cards), "2");
-    EXPECT_TRUE(form.opt_Biglietti(2)->isChecked());
-    EXPECT_TRUE(field("txt_frase")->isEnabledTo(accessories));
-    EXPECT_TRUE(form.opt_Amuleto(1)->isChecked());
-    EXPECT_EQ(form::tagOf(form.lblInfo(6)), "1");
-    EXPECT_TRUE(form.chk_Confetti(0)->isChecked());
-    EXPECT_EQ(text("txt_confetti"), "5");
-    EXPECT_TRUE(field("txt_confetti")->isEnabledTo(almonds));
-    EXPECT_FALSE(field("txt_mandorla")->isEnabledTo(almonds));
-
-    typeNumberAndEnter("22");
-    EXPECT_FALSE(cards->isChecked());
-    EXPECT_EQ(form.order().biglietti, "");
-    EXPECT_FALSE(form.opt_Biglietti(2)->isChecked());
-    EXPECT_FALSE(field("txt_frase")->isEnabledTo(accessories));
-    EXPECT_TRUE(form.opt_Amuleto(0)->isChecked()) << "with no choice stored, the first option";
-    EXPECT_FALSE(form.chk_Confetti(0)->isChecked());
-    EXPECT_EQ(QStringList({text("txt_confetti"), text("txt_mandorla")}), QStringList({"", "3"}));
-    EXPECT_EQ(QStringList({form.order().confetti, form.order().mandorla}), QStringList({"", "3"}));
-}
-
 TEST_P(OrderFormTest, AccessoryClicksEnableTheirFieldsAndReachTheTagsAndTheOpenOrder)
 {
     test::ScriptedDialogs noBoxes;

@@ -33,30 +33,6 @@ TEST_P(SaveChecksTest, NoNameAndNoTelephoneShowsOnlyTheNameMessageAndGoesToTheNa
     EXPECT_EQ(text("txt_rowidUtente"), "") << "the user is filled only once the customer checks pass";
 }
 
-TEST_P(SaveChecksTest, ACompleteOrderPassesWithTheOperatorAsItsUser)
-{
-    test::ScriptedDialogs noBoxes;
-    frm_Commissioni& form = completeOrder({"1"});
-    field("txt_rowidUtente")->clear();
-    field("txt_Acconto")->setText("80");
-    EXPECT_TRUE(form.CheckPreSalvataggio());
-    EXPECT_EQ(text("txt_rowidUtente"), m_host->GetUserName());
-    EXPECT_EQ(text("txt_Acconto"), common::Money::fromInteger(80).toCurrencyText());
-}
-
-TEST_P(SaveChecksTest, CheckingTheDatesPutsTodayInAnEmptyRegistrationDateAndLeavesTheOthers)
-{
-    test::ScriptedDialogs noBoxes;
-    frm_Commissioni& form = openNewOrder(7);
-    field("txt_dataReg")->clear();
-    field("txt_dataEvento")->clear();
-    field("txt_dataRitiro2")->setText("non so");
-    form.Documento_ControllaDate();
-    EXPECT_EQ(text("txt_dataReg"), common::shortDate(QDate::currentDate()));
-    EXPECT_EQ(text("txt_dataEvento"), "");
-    EXPECT_EQ(text("txt_dataRitiro2"), "non so");
-}
-
 TEST_P(SaveChecksTest, LeavingADateFieldPutsBackAMissingRegistrationDate)
 {
     test::ScriptedDialogs noBoxes;

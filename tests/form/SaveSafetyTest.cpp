@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// What the operator's order is left with when saving goes wrong: a statement failing, a database that cannot
-// be written, and text that cannot be kept. Through the real form, offscreen, on both engines, whose
-// refusals differ.
+// What the operator's order is left with when saving goes wrong: a statement failing, and text that cannot
+// be kept. Through the real form, offscreen, on both engines, whose refusals differ; a database that cannot
+// be written or has no room left is WriteRefusalTest's, the server stopping ServerStopTest's.
 #include "FormFixture.h"
 #include "ScriptedDialogs.h"
 
@@ -119,26 +119,6 @@ protected:
         return onScreen();
     }
 
-    // Saving the order on screen while the database cannot take it: the operator is told why in plain
-    // words, nothing is written, the order stays on screen and saves once the cause is gone.
-    void refusedUntilMended(const char* why, const std::function<void(bool)>& cause)
-    {
-        const QStringList stored = storedRows();
-        const QStringList typed = screenWhenSaving();
-        cause(true);
-        const Attempt refused = attempt(0);
-        EXPECT_FALSE(refused.completed);
-        ASSERT_EQ(refused.errors.size(), 1);
-        EXPECT_TRUE(refused.errors[0].contains(QString::fromUtf8(why))) << refused.errors[0].toStdString();
-        const QStringList rows = storedRows();
-        EXPECT_TRUE(rows == stored) << changes(stored, rows);
-        const QStringList screen = onScreen();
-        EXPECT_TRUE(screen == typed) << changes(typed, screen);
-        cause(false);
-        EXPECT_TRUE(attempt(0).completed);
-        EXPECT_EQ(count("select count(*) from movimenti where numero='8'"), 3);
-    }
-
     int count(const QString& sql)
     {
         QSqlQuery q = db().executeBound(sql);
@@ -172,12 +152,6 @@ TEST_P(SaveSafetyTest, AStatementFailingHalfWayThroughASaveLeavesTheOrderOnScree
     EXPECT_TRUE(attempt(0).completed);
     EXPECT_NE(m_form->order().saveId, saveId) << "the order read back is saved afresh next";
     EXPECT_EQ(count("select count(*) from movimenti where numero='8'"), 3);
-}
-
-TEST_P(SaveSafetyTest, SavingIntoADatabaseThatCannotBeWrittenSaysSoAndKeepsTheOrder)
-{
-    completeOrder();
-    refusedUntilMended("Il database è in sola lettura", [this](bool on) { test::setReadOnly(db(), on); });
 }
 
 // The header fields whose text an order keeps, with the caption the operator reads beside each.

@@ -165,37 +165,6 @@ TEST_P(SaveTest, TheToolbarRefusesToDeleteAnOrderHeldElsewhereAndF4AsksAndDelete
     EXPECT_EQ(scalar("select documento from movimenti where numero='8'"), "DDTF");
 }
 
-// The cards' wording and notes are kept with the order; an order without cards asks for no wording when it
-// is opened and saved again.
-TEST_P(SaveTest, TheCardsWordingAndNotesAreKeptAndAnOrderWithoutCardsNeedsNone)
-{
-    test::ScriptedDialogs dialogs;
-    frm_Commissioni& form = completeOrder({"1"});
-    field("txt_frase")->clear();
-    ASSERT_TRUE(saveAnswering(dialogs, "Salvataggio eseguito correttamente!"));
-    QCheckBox* cards = form.findChild<QCheckBox*>("chk_Biglietti");
-    EXPECT_FALSE(cards->isChecked());
-    EXPECT_EQ(scalar("select count(*) from Doc_Commissioni_testate where Biglietti<>''"), "0");
-    const QString update =
-        QStringLiteral("Aggiornamento del documento 8\\%1 eseguito correttamente!").arg(m_year);
-    form.tbComandiDocumento_ButtonClick(documentButton(2));
-    ASSERT_TRUE(saveAnswering(dialogs, update));
-
-    form.tbComandiDocumento_ButtonClick(documentButton(2));
-    cards->click();
-    form.opt_Biglietti(2)->click();
-    field("txt_frase")->setText("Con affetto");
-    field("txt_note")->setText("Nastro rosa");
-    ASSERT_TRUE(saveAnswering(dialogs, update));
-    EXPECT_TRUE(cards->isChecked());
-    EXPECT_TRUE(form.opt_Biglietti(2)->isChecked());
-    EXPECT_EQ(text("txt_frase"), "Con affetto");
-    EXPECT_EQ(text("txt_note"), "Nastro rosa");
-    // What the cards list of the day reads.
-    EXPECT_EQ(scalar("select Dicitura || '|' || Note from Doc_Commissioni_testate where Biglietti<>''"),
-              "Con affetto|Nastro rosa");
-}
-
 TEST_P(SaveTest, PrintingAfterASavePrintsTheControlSlipsOfTheSavedOrder)
 {
     QTemporaryDir pdfDir;

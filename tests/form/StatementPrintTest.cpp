@@ -188,19 +188,6 @@ TEST_P(StatementPrintTest, answeringNoPrintsNothingAndChangesNothing)
     EXPECT_EQ(text("txt_Acconto"), "");
 }
 
-TEST_P(StatementPrintTest, onlyTheOrdersSeriesIsCollected)
-{
-    test::addOrderLine(db(), "42", QDate(2025, 3, 1));
-    test::addOrderLine(db(), "43", QDate(2026, 6, 20));
-    // A supplier's delivery note with the order's number and series is another document.
-    test::addOrderLine(db(), "42", QDate(2026, 6, 20), {{"documento", "DDTF"}});
-    openOrder({{"BOM001", "Bomboniera", 2, 80}});
-    print();
-    EXPECT_EQ(states("2026") + states("2025") + states("2026", "43"),
-              "RITIRATORITIRATOEMESSOEMESSOEMESSOEMESSO");
-    EXPECT_EQ(test::scalar(db(), "select statoriga from movimenti where documento='DDTF'"), "EMESSO");
-}
-
 TEST_P(StatementPrintTest, anInvalidPropertyValueIsTriedOnceMoreThenReportedWithTheRow)
 {
     openOrder(knownLines);
