@@ -173,33 +173,6 @@ TEST_P(FormKeysTest, AKeyAsksForEachColourOfTheLinesOnceWhateverTheirNumber)
     EXPECT_EQ(grid()->rowForeground(2), QColor(0x30, 0x20, 0x10));
 }
 
-TEST_P(FormKeysTest, CommandsFollowTheModeAndF3ModifiesWhereverTheFocusIs)
-{
-    test::addOrderLine(db(), "21", QDate(m_year, 4, 4));
-    test::addOrderLine(db(), "21", QDate(m_year, 4, 4));
-    test::ScriptedDialogs noBoxes;
-    frm_Commissioni& form = openForm();
-    // Which command goes with which mode is CommandStateTest's; here, that the form follows it.
-    EXPECT_FALSE(documentButton(2)->isEnabled());
-    EXPECT_FALSE(widget("fra_Main")->isEnabled());
-
-    for (const char* name : {"txt_numeroCommissione", "flx_Movimenti", "chk_Biglietti", "chk_Confetti_0",
-                             "tbComandiDocumento"}) {
-        SCOPED_TRACE(name);
-        if (form.ModeTag1() == "X")
-            form.tbComandiDocumento_ButtonClick(documentButton(1)); // back to browse
-        typeNumberAndEnter("21");
-        ASSERT_EQ(form.LineCount(), 2);
-        ASSERT_EQ(documentButton(2)->text(), "Modifica[F3]");
-        QTest::keyClick(widget(name), Qt::Key_F3);
-        EXPECT_EQ(form.ModeTag1() + form.ModeTag2(), "XA");
-    }
-    EXPECT_EQ(documentButton(2)->text(), "Aggiorna[F3]");
-    EXPECT_FALSE(field("txt_dataReg")->isEnabled()) << "an existing order keeps its registration date";
-    EXPECT_FALSE(documentButton(3)->isEnabled());
-    EXPECT_TRUE(widget("fra_Main")->isEnabled());
-}
-
 TEST_P(FormKeysTest, F7AndF8StayCrossedAndAKeyWhoseButtonIsDisabledDoesNothing)
 {
     addArticle("A1", "Primo", 10000);
