@@ -215,7 +215,8 @@ TEST_P(StatementPrintTest, printsThroughARealPrintQueue)
     const QString paper = qEnvironmentVariable("XV_TEST_CUPS_PDF_DIR");
     if (queue.isEmpty() || paper.isEmpty()) {
         const std::string why =
-            qEnvironmentVariable("XV_TEST_CUPS_UNAVAILABLE", "no print queue: scripts/test starts one").toStdString();
+            qEnvironmentVariable("XV_TEST_CUPS_UNAVAILABLE", "no print queue: scripts/test starts one")
+                .toStdString();
         // Under scripts/test the queue must be there: a run that could not print says why and fails.
         if (!qEnvironmentVariableIsEmpty("XV_TEST_REQUIRE_CUPS"))
             FAIL() << why;

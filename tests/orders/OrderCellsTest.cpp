@@ -112,9 +112,10 @@ TEST_P(OrderCellsRoundTripTest, EveryColumnOfALineSurvivesASave)
         {TypeCode::Date,
          {QDateTime(QDate(2026, 2, 28), QTime(17, 45, 12)), QDate(2026, 11, 20).startOfDay(),
           zeroDay.addSecs(10 * 3600 + 1800)}},
-        {TypeCode::Text, {"D'Angelo", "", "20/11/2026", "'; drop table movimenti; --", "C:\\dati\\' or '1'='1 \\",
-                          QStringLiteral("Bomboniere è ").repeated(800).left(10000), controlCharacters(),
-                          QStringLiteral("Auguri 🎉💍 𝄞 𠀋 ñandú [now] #1/1/2026# & 100% _x_ !")}}};
+        {TypeCode::Text,
+         {"D'Angelo", "", "20/11/2026", "'; drop table movimenti; --", "C:\\dati\\' or '1'='1 \\",
+          QStringLiteral("Bomboniere è ").repeated(800).left(10000), controlCharacters(),
+          QStringLiteral("Auguri 🎉💍 𝄞 𠀋 ñandú [now] #1/1/2026# & 100% _x_ !")}}};
     QMap<int, int> used;
     QMap<int, QString> texts;
     Recordset table = Recordset::openTable(db(), "movimenti");

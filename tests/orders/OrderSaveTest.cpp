@@ -212,7 +212,8 @@ TEST_P(OrderSaveTest, TheModeAloneSaysWhetherTheOrderIsNewWhateverItsFirstLineCa
         int counterAfter;
         double stockAfter;
     } cases[] = {
-        {WriteMode::Save, "57", "RITIRATO", 8, 100 - 2 * 3},  // a new order takes a number and its collected lines
+        {WriteMode::Save, "57", "RITIRATO", 8,
+         100 - 2 * 3}, // a new order takes a number and its collected lines
         {WriteMode::Update, "0", "RITIRATO", 7, 100 + 2 * 3}, // a saved order gives its collected lines back
         {WriteMode::Update, "0", "EMESSO", 7, 100},           // issued lines leave the stock alone
         {WriteMode::Save, "57", "EMESSO", 8, 100},
