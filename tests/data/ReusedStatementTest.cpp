@@ -91,11 +91,20 @@ TEST_P(ReusedStatementTest, EachValueIsStoredAsTheDriverStoresIt)
 }
 
 // Numbers and dates reach each column type as the driver's own would: a double read back the same in a
-// single, a double and a currency column, a date and time to the millisecond.
+// single, a double and a currency column, a date and time to the millisecond. What PostgreSQL refuses (an
+// amount past its currency column's range, a truth value in a number column) it refuses either way.
 TEST_P(ReusedStatementTest, NumbersAndDatesAreStoredAsTheDriverStoresThem)
 {
-    const QVariant values[] = {0.1, 1.0 / 3, 1e20, -2.5e-7, 123456.789, 7, Q_INT64_C(-9000000000),
-                               QDateTime(QDate(2026, 3, 29), QTime(2, 30, 15, 250)), true};
+    const std::pair<QVariant, bool> values[] = {{0.1, false},
+                                                {1.0 / 3, false},
+                                                {1e20, true},
+                                                {-2.5e-7, false},
+                                                {123456.789, false},
+                                                {7, false},
+                                                {Q_INT64_C(-9000000000), false},
+                                                {QDateTime(QDate(2026, 3, 29), QTime(2, 30, 15, 250)), false},
+                                                {true, true}};
+    const bool postgres = GetParam() == data::Engine::PostgreSQL;
     const QString insert = "insert into movimenti (numero, qta, prezzo, quantita, datareg) values (?, ?, ?, ?, ?)";
     const auto read = [&](const QString& numero) {
         QSqlQuery q = db().executeBound("select qta, prezzo, quantita, datareg from movimenti where numero=?", {numero});
@@ -106,7 +115,7 @@ TEST_P(ReusedStatementTest, NumbersAndDatesAreStoredAsTheDriverStoresThem)
         return texts;
     };
     int i = 0;
-    for (const QVariant& value : values) {
+    for (const auto& [value, refusedOnPostgres] : values) {
         SCOPED_TRACE(value.toString().toStdString());
         const bool date = value.metaType().id() == QMetaType::QDateTime;
         const QVariant number = date ? QVariant(1) : value;
@@ -125,8 +134,14 @@ TEST_P(ReusedStatementTest, NumbersAndDatesAreStoredAsTheDriverStoresThem)
         } catch (const common::RuntimeError& e) {
             reusedError = e.description();
         }
-        EXPECT_EQ(reusedError.isEmpty(), driverError.isEmpty()) << reusedError.toStdString() << driverError.toStdString();
-        EXPECT_EQ(read(reused), read(driver));
+        const bool refused = postgres && refusedOnPostgres;
+        EXPECT_EQ(driverError.isEmpty(), !refused) << driverError.toStdString();
+        EXPECT_EQ(reusedError.isEmpty(), !refused) << reusedError.toStdString();
+        if (refused)
+            continue;
+        const QStringList stored = read(driver);
+        ASSERT_EQ(stored.size(), 4);
+        EXPECT_EQ(read(reused), stored);
     }
 }
 

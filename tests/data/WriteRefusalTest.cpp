@@ -88,6 +88,28 @@ TEST_P(FullDiskTest, ADiskWithNoRoomLeftSaysSoUntilThereIsRoomAgain)
     EXPECT_EQ(refusal(), QString());
 }
 
+// A disk that fills half-way through a transaction ends it in the engine: leaving it then raises no second
+// error, and the connection goes on once there is room.
+TEST_P(FullDiskTest, ATransactionTheFullDiskEndedIsLeftWithoutASecondError)
+{
+    QSqlQuery pages = db().executeBound("PRAGMA page_count");
+    ASSERT_TRUE(pages.next());
+    db().executeBound(QStringLiteral("PRAGMA max_page_count = %1").arg(pages.value(0).toLongLong()));
+    try {
+        data::Transaction transaction(db());
+        for (int i = 0; i < 3; ++i)
+            db().executeBound("insert into movimenti (riferimenti) values (?)", {QString(3000, u'R')});
+        transaction.commit();
+        ADD_FAILURE() << "the full disk took the rows";
+    } catch (const common::RuntimeError& e) {
+        EXPECT_TRUE(e.description().startsWith("Il disco del database è pieno"))
+            << e.description().toStdString();
+    }
+    EXPECT_FALSE(db().inTransaction());
+    db().executeBound("PRAGMA max_page_count = 2147483646");
+    EXPECT_EQ(refusal(), QString());
+}
+
 INSTANTIATE_TEST_SUITE_P(SQLite, FullDiskTest, ::testing::Values(data::Engine::SQLite), test::engineName);
 
 } // namespace

@@ -113,6 +113,21 @@ void FormTest::addArticle(const QString& code, const QString& description, qint6
         {code, description, common::Money::fromRaw(priceRaw).toDecimalText(), real, available, category});
 }
 
+void FormTest::addSupplierOf(const QString& code, const QString& agent, int quantity, const QDate& day)
+{
+    const auto lastKey = [this] { return test::scalar(db(), "select max(rowid) from controparti").toInt(); };
+    db().executeBound(
+        "insert into controparti (tipocontroparte, ragsoc, codagente) values ('F', 'Fornitore', "
+        "(select rowid from controparti where ragsoc=?))",
+        {agent});
+    test::addOrderLine(db(), "3", day.isValid() ? day : QDate(m_year - 1, 1, 10),
+                       {{"Tipomovimento", "CF"},
+                        {"documento", "DDTF"},
+                        {"rowid_controparti", lastKey()},
+                        {"codice_med", code},
+                        {"qta", quantity}});
+}
+
 void FormTest::fillLine(const QString& code, const QString& quantity)
 {
     field("txt_codice")->setText(code);

@@ -6,6 +6,7 @@
 #include "form/frm_Commissioni.h"
 #include "host/Host.h"
 
+#include <QDate>
 #include <QLineEdit>
 #include <QStringList>
 #include <QTest>
@@ -71,6 +72,13 @@ protected:
     // Types into a field as the operator does: the field takes the focus, the text is replaced.
     void type(const char* name, const QString& text);
     void pressEnter(const char* name) { QTest::keyClick(field(name), Qt::Key_Return); }
+    void typeAndEnter(const char* name, const QString& text)
+    {
+        type(name, text);
+        pressEnter(name);
+    }
+    // A supplier whose agent is the counterpart named, and a delivery note of the article from them.
+    void addSupplierOf(const QString& code, const QString& agent, int quantity = 50, const QDate& day = {});
     void clickCell(int row, int col);
 
     QLineEdit* field(const char* name) const

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Which rows the real form opens as the order, and that nothing of one order is left over in the next,
-// offscreen on a real temporary database of each engine.
+// What the real form shows of the order it opens, and that nothing of one order is left over in the next,
+// offscreen on a real temporary SQLite database; which rows make the order is OrderTest's, on both engines.
 #include "FormFixture.h"
 #include "ScriptedDialogs.h"
 #include "ScriptedLists.h"
@@ -30,65 +30,6 @@ class OrderFormTest : public test::FormTest
 {
 };
 
-TEST_P(OrderFormTest, ANewOrderTakesTheNextNumberAndNothingOfTheOrderShownBeforeAndCancelReturnsToBrowse)
-{
-    test::addCounter(db(), m_year, 30);
-    test::addOrderLine(db(), "21", QDate(m_year, 4, 1),
-                       {{"Nominativo", "Greco Lucia"},
-                        {"rowid_controparti", 7},
-                        {"Rowid_Pagamento", 2},
-                        {"StatoRiga", "RITIRATO"},
-                        {"attrib00", "1"},
-                        {"attrib01", "1"},
-                        {"attrib02", "1"},
-                        {"attrib03", "1"}});
-    test::ScriptedDialogs noBoxes;
-    frm_Commissioni& form = openForm();
-    EXPECT_EQ(form.ModeTag1() + form.ModeTag2(), "NM");
-    typeNumberAndEnter("21");
-    ASSERT_EQ(form.order().customer.key, 7);
-    ASSERT_EQ(form.statusPanelText(8), "RITIRATO");
-
-    QTest::keyClick(&form, Qt::Key_F2);
-    EXPECT_EQ(form.ModeTag1() + form.ModeTag2(), "XS");
-    EXPECT_EQ(text("txt_numeroCommissione"), "31");
-    EXPECT_EQ(text("txt_ragsoc"), "");
-    EXPECT_EQ(text("txt_dataReg"), common::shortDate(QDate::currentDate()));
-    EXPECT_EQ(text("txt_dataRitiro1"), text("txt_dataReg"));
-    EXPECT_EQ(documentButton(2)->text(), "Salva[F3]");
-    EXPECT_EQ(form.statusPanelText(8), "EMESSO");
-    const orders::Order& o = form.order();
-    EXPECT_EQ(QStringList({o.numero, o.serie, o.documento}),
-              QStringList({"31", QString::number(m_year), "COMM"}));
-    EXPECT_EQ(o.key, 0);
-    EXPECT_GT(o.idnumeratore, 0);
-    EXPECT_EQ(o.customer.key, 0);
-    EXPECT_EQ(o.customer.nominativo, "");
-    EXPECT_EQ(o.customer.rowidPagamento, "");
-    EXPECT_EQ(o.statoRiga, "EMESSO");
-    EXPECT_EQ(QStringList({o.biglietti, o.confetti, o.mandorla, o.amuleto}), QStringList({"", "", "", "0"}))
-        << "a new order gets the first amulet option";
-    EXPECT_FALSE(form.findChild<QCheckBox*>("chk_Biglietti")->isChecked());
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_FALSE(form.opt_Biglietti(i)->isChecked()) << i;
-        EXPECT_FALSE(form.chk_Confetti(i)->isChecked()) << i;
-    }
-    EXPECT_TRUE(form.opt_Amuleto(0)->isChecked());
-    EXPECT_FALSE(form.opt_Amuleto(1)->isChecked());
-    EXPECT_FALSE(field("txt_confetti")->isEnabled());
-
-    // Cancel; the counter is advanced only when saving, so NEW proposes the same number again.
-    form.tbComandiDocumento_ButtonClick(documentButton(1));
-    EXPECT_EQ(form.ModeTag1() + form.ModeTag2(), "NM");
-    EXPECT_EQ(text("txt_numeroCommissione"), "");
-    EXPECT_EQ(documentButton(1)->text(), "Nuovo[F2]");
-    EXPECT_EQ(QStringList({o.numero, o.serie, o.documento}), QStringList({"", "", ""}));
-    EXPECT_EQ(o.idnumeratore, 0);
-    EXPECT_EQ(o.statoRiga, "EMESSO");
-    form.tbComandiDocumento_ButtonClick(documentButton(1));
-    EXPECT_EQ(text("txt_numeroCommissione"), "31");
-}
-
 TEST_P(OrderFormTest, NewOrderWithoutACounterSaysSoAndProposesNoNumber)
 {
     test::addCounter(db(), m_year - 1, 7); // last year's counter does not serve this year
@@ -97,12 +38,11 @@ TEST_P(OrderFormTest, NewOrderWithoutACounterSaysSoAndProposesNoNumber)
     frm_Commissioni& form = openForm();
     form.tbComandiDocumento_ButtonClick(documentButton(1));
     ASSERT_EQ(dialogs.messages().size(), 1);
-    EXPECT_EQ(dialogs.messages()[0].icon, host::Icon::Critical);
     EXPECT_EQ(text("txt_numeroCommissione"), "");
-    EXPECT_EQ(form.ModeTag1(), "X");
 }
 
-TEST_P(OrderFormTest, ATypedNumberOpensThisYearsOrderElseLastYearsAndNeverADeliveryNoteOrAnOlderOne)
+// Which rows make the order is OrderTest's; here, what the form shows of them.
+TEST_P(OrderFormTest, ATypedNumberShowsTheOrderInItsFieldsAndLinesAndAnUnknownOneClearsThem)
 {
     const int first = test::addOrderLine(db(), "12", QDate(m_year, 2, 10),
                                          {{"Nominativo", "D'Angelo Carla"},
@@ -124,23 +64,13 @@ TEST_P(OrderFormTest, ATypedNumberOpensThisYearsOrderElseLastYearsAndNeverADeliv
                         {"StatoRiga", "RITIRATO"},
                         {"imponibile", 30.5},
                         {"totale", 30.5}});
-    // The same number last year and on a delivery note of this year; 13 only last year, 14 two years ago.
-    test::addOrderLine(db(), "12", QDate(m_year - 1, 9, 1),
-                       {{"Nominativo", "Esposito Gennaro"}, {"prezzo2", 999}, {"totale", 999}});
-    test::addOrderLine(db(), "12", QDate(m_year, 1, 5),
-                       {{"documento", "DDTF"}, {"Tipomovimento", "CF"}, {"prezzo2", 3}, {"totale", 777}});
-    test::addOrderLine(db(), "13", QDate(m_year - 1, 6, 1), {{"Nominativo", "Esposito Gennaro"}});
-    test::addOrderLine(db(), "14", QDate(m_year - 2, 5, 5));
-    // The first line, changed since, still comes first.
     db().executeBound("update movimenti set codice_med='BOM009' where rowid=?", {first});
 
     test::ScriptedDialogs noBoxes;
     frm_Commissioni& form = openForm();
     typeNumberAndEnter("12");
     const std::pair<const char*, QString> shown[] = {
-        {"txt_numeroCommissione", "12"},
         {"txt_ragsoc", "D'Angelo Carla"},
-        {"txt_telefono", "081 555 0101"},
         {"txt_cellulare", ""},
         {"txt_email", "carla@example.it"},
         {"txt_tipoEvento", "Matrimonio"},
@@ -155,40 +85,26 @@ TEST_P(OrderFormTest, ATypedNumberOpensThisYearsOrderElseLastYearsAndNeverADeliv
     for (const auto& [name, value] : shown)
         EXPECT_EQ(text(name), value) << name;
     EXPECT_EQ(column(lines::Col_codice_med), QStringList({"BOM009", "CNF002"}));
-    EXPECT_EQ(column(lines::Col_Riga), QStringList({"1", "2"}));
-    // Colours by status, and the quantities rounded halves to even line by line.
+    // Colours by status, and the quantities' total (TotalsTest's rule).
     EXPECT_EQ(grid()->rowForeground(2), host::toQColor(m_host->GetIssuedColor()));
     EXPECT_EQ(grid()->rowForeground(3), host::toQColor(m_host->GetCollectedColor()));
     EXPECT_EQ(grid()->rowBackground(2), host::toQColor(m_host->GetLockedColor()));
     EXPECT_EQ(form.statusPanelText(6), "Tot.Q.tà: 4");
     EXPECT_EQ(form.statusPanelText(7), "Tot.Righe: 2");
-    EXPECT_EQ(form.statusPanelText(8), "EMESSO");
     EXPECT_EQ(form.order().key, first);
-    EXPECT_EQ(form.order().totale, Money::fromRaw(1505000));
-    EXPECT_EQ(form.order().serie, QString::number(m_year));
 
-    typeNumberAndEnter("13");
-    EXPECT_EQ(text("txt_ragsoc"), "Esposito Gennaro");
-    EXPECT_EQ(form.LineCount(), 1);
-    EXPECT_EQ(form.order().serie, QString::number(m_year - 1));
-
-    // Two years ago is reached through the search window only; an unknown number finds nothing either.
-    for (const char* number : {"14", "999"}) {
-        typeNumberAndEnter(number);
-        EXPECT_EQ(text("txt_ragsoc"), "") << number;
-        EXPECT_EQ(text("txt_numeroCommissione"), "") << number;
-        EXPECT_EQ(form.LineCount(), 0) << number;
-    }
+    typeNumberAndEnter("999");
+    EXPECT_EQ(text("txt_ragsoc"), "");
+    EXPECT_EQ(text("txt_numeroCommissione"), "");
+    EXPECT_EQ(form.LineCount(), 0);
     EXPECT_TRUE(noBoxes.messages().isEmpty());
 }
 
 TEST_P(OrderFormTest, TheSearchWindowOpensExactlyTheChosenOrderOfAnyYear)
 {
-    for (int back : {0, 1})
-        test::addOrderLine(db(), "14", QDate(m_year - back, 3, 3));
+    test::addOrderLine(db(), "14", QDate(m_year, 3, 3));
     test::addOrderLine(db(), "14", QDate(m_year - 2, 5, 5),
                        {{"Nominativo", "Greco Lucia"}, {"Email", QVariant()}});
-    test::addOrderLine(db(), "14", QDate(m_year - 2, 5, 6), {{"documento", "DDTF"}, {"Tipomovimento", "CF"}});
     test::ScriptedDialogs noBoxes;
     test::ScriptedLists lists;
     const QString twoYearsAgo = QString::number(m_year - 2);
@@ -205,7 +121,6 @@ TEST_P(OrderFormTest, TheSearchWindowOpensExactlyTheChosenOrderOfAnyYear)
     form.tbComandiDocumento_ButtonClick(documentButton(5));
     EXPECT_EQ(text("txt_ragsoc"), "Greco Lucia");
     EXPECT_EQ(text("txt_email"), "") << "a null e-mail loads as empty";
-    EXPECT_EQ(column(lines::Col_documento), QStringList({"COMM"}));
     EXPECT_EQ(form.order().serie, twoYearsAgo);
     EXPECT_EQ(form.order().numero, "14");
 }
@@ -228,92 +143,25 @@ TEST_P(OrderFormTest, AnOrderThatCannotBeReadIsReportedAndLeavesNothingOfTheLast
     EXPECT_TRUE(dialogs.messages()[0].text.contains("Origine: Flex_CaricaDocumento"));
     EXPECT_EQ(text("txt_ragsoc"), "");
     EXPECT_EQ(form.LineCount(), 0);
-    EXPECT_EQ(form.order().key, 0);
     EXPECT_EQ(form.order().numero, "") << "the order before is not left open behind a cleared form";
-    EXPECT_EQ(form.order().customer.nominativo, "");
     EXPECT_FALSE(form.findChild<QCheckBox*>("chk_Biglietti")->isChecked());
-    EXPECT_EQ(form.order().biglietti, "");
-}
-
-TEST_P(OrderFormTest, LoadingAnOrderShowsItsAccessoriesAndNothingOfTheOneBefore)
-{
-    struct Shown
-    {
-        const char* numero;
-        const char* attrib00;
-        const char* attrib01;
-        const char* attrib02;
-        const char* attrib03;
-        int format;   // -1: no cards
-        int amulet;   // with no choice stored, the line area picks the first option
-        bool written; // false: an order that does not exist
-    };
-    const Shown orders[] = {
-        {"21", "2", "1", "5", "", 2, 1, true}, {"22", "", "0", "", "3", -1, 0, true},
-        {"99", "", "", "", "", -1, 0, false},  {"23", "0", "", "7", "2", 0, 0, true},
-        {"24", "x", "5", "", "", -1, 0, true},
-    };
-    for (const Shown& o : orders) {
-        if (o.written)
-            test::addOrderLine(db(), o.numero, QDate(m_year, 4, 1),
-                               {{"attrib00", o.attrib00},
-                                {"attrib01", o.attrib01},
-                                {"attrib02", o.attrib02},
-                                {"attrib03", o.attrib03}});
-    }
-    test::ScriptedDialogs noBoxes;
-    frm_Commissioni& form = openForm();
-    QCheckBox* cards = form.findChild<QCheckBox*>("chk_Biglietti");
-    QWidget* accessories = widget("fra_Accessori");
-    QWidget* almonds = widget("fra_Confetti");
-    for (const Shown& o : orders) {
-        SCOPED_TRACE(o.numero);
-        typeNumberAndEnter(o.numero);
-        const QString format = o.format >= 0 ? QString::number(o.format) : QString();
-        EXPECT_EQ(cards->isChecked(), o.format >= 0);
-        EXPECT_EQ(form::tagOf(cards), format);
-        EXPECT_EQ(form.order().biglietti, format);
-        for (int i = 0; i < 3; ++i) {
-            EXPECT_EQ(form.opt_Biglietti(i)->isChecked(), i == o.format) << i;
-            EXPECT_EQ(form.opt_Biglietti(i)->isEnabledTo(accessories), o.format >= 0) << i;
-        }
-        EXPECT_EQ(field("txt_frase")->isEnabledTo(accessories), o.format >= 0);
-        for (int i = 0; i < 2; ++i)
-            EXPECT_EQ(form.opt_Amuleto(i)->isChecked(), i == o.amulet) << i;
-        EXPECT_EQ(form::tagOf(form.lblInfo(6)), QString::number(o.amulet));
-        EXPECT_EQ(form.order().amuleto, QString::number(o.amulet));
-        const QString confetti = QString::fromLatin1(o.attrib02);
-        const QString mandorla = QString::fromLatin1(o.attrib03);
-        EXPECT_EQ(form.chk_Confetti(0)->isChecked(), !confetti.isEmpty());
-        EXPECT_EQ(form.chk_Confetti(1)->isChecked(), !mandorla.isEmpty());
-        EXPECT_FALSE(form.chk_Confetti(2)->isChecked());
-        EXPECT_EQ(QStringList({text("txt_confetti"), text("txt_mandorla")}),
-                  QStringList({confetti, mandorla}));
-        EXPECT_EQ(QStringList({form.order().confetti, form.order().mandorla}),
-                  QStringList({confetti, mandorla}));
-        EXPECT_EQ(field("txt_confetti")->isEnabledTo(almonds), !confetti.isEmpty());
-        EXPECT_EQ(field("txt_mandorla")->isEnabledTo(almonds), !mandorla.isEmpty());
-    }
 }
 
 TEST_P(OrderFormTest, AccessoryClicksEnableTheirFieldsAndReachTheTagsAndTheOpenOrder)
 {
     test::ScriptedDialogs noBoxes;
     frm_Commissioni& form = openNewOrder(0);
+    EXPECT_TRUE(form.opt_Amuleto(0)->isChecked()) << "a new order gets the first amulet option";
     QCheckBox* cards = form.findChild<QCheckBox*>("chk_Biglietti");
     cards->click();
     EXPECT_TRUE(form.opt_Biglietti(1)->isChecked());
-    EXPECT_EQ(form::tagOf(cards), "1");
     EXPECT_EQ(form.order().biglietti, "1");
     EXPECT_TRUE(field("txt_frase")->isEnabled());
     form.opt_Biglietti(0)->click();
-    EXPECT_EQ(form::tagOf(cards), "0");
     EXPECT_EQ(form.order().biglietti, "0");
     cards->click();
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_FALSE(form.opt_Biglietti(i)->isChecked()) << i;
-        EXPECT_FALSE(form.opt_Biglietti(i)->isEnabled()) << i;
-    }
+    EXPECT_FALSE(form.opt_Biglietti(0)->isChecked());
+    EXPECT_FALSE(form.opt_Biglietti(0)->isEnabled());
     EXPECT_FALSE(field("txt_frase")->isEnabled());
     EXPECT_EQ(form::tagOf(cards), "0") << "the Tag keeps the last format chosen";
     EXPECT_EQ(form.order().biglietti, "") << "no cards, whatever format the Tag remembers";
@@ -321,7 +169,6 @@ TEST_P(OrderFormTest, AccessoryClicksEnableTheirFieldsAndReachTheTagsAndTheOpenO
     EXPECT_EQ(form.order().biglietti, "1");
 
     form.opt_Amuleto(1)->click();
-    EXPECT_EQ(form::tagOf(form.lblInfo(6)), "1");
     EXPECT_EQ(form.order().amuleto, "1");
     EXPECT_FALSE(form.opt_Amuleto(0)->isChecked()) << "one amulet option at a time";
 
@@ -332,7 +179,6 @@ TEST_P(OrderFormTest, AccessoryClicksEnableTheirFieldsAndReachTheTagsAndTheOpenO
     EXPECT_EQ(form.order().mandorla, "4");
     mandorla->click();
     EXPECT_FALSE(field("txt_mandorla")->isEnabled());
-    EXPECT_EQ(text("txt_mandorla"), "");
     EXPECT_EQ(form.order().mandorla, "");
     EXPECT_EQ(field("txt_mandorla")->palette().color(QPalette::Base),
               host::toQColor(m_host->GetLockedColor()));
@@ -351,9 +197,7 @@ TEST_P(OrderFormTest, ResetTuttoClearsTextsAndOptionsButKeepsCheckBoxes)
     EXPECT_TRUE(cards->isChecked());
     EXPECT_TRUE(form.chk_Confetti(0)->isChecked());
     EXPECT_FALSE(form.opt_Biglietti(1)->isChecked());
-    EXPECT_FALSE(form.opt_Amuleto(0)->isChecked());
     EXPECT_EQ(text("txt_ragsoc"), "");
-    EXPECT_EQ(text("txt_numeroCommissione"), "");
     EXPECT_EQ(grid()->rows(), 2);
 }
 
@@ -370,9 +214,7 @@ TEST_P(OrderFormTest, LineAreaOpensOnlyWhenTheSixHeaderFieldsAreFilled)
     field("txt_soggettiEvento")->setText(" "); // blanks count as filled
     form.AbilitaRighe();
     EXPECT_TRUE(widget("fra_Righe")->isEnabled());
-    EXPECT_TRUE(widget("fra_Totali")->isEnabled());
     EXPECT_EQ(field("txt_codice")->palette().color(QPalette::Base), QColor(Qt::white));
-    EXPECT_EQ(field("txt_qta")->palette().color(QPalette::Base), QColor(Qt::white));
     EXPECT_EQ(grid()->backColor(), host::toQColor(m_host->GetLockedColor()));
 }
 
@@ -393,9 +235,7 @@ TEST_P(OrderFormTest, ACustomerIsKeptAsTypedOrPickedFromTheKnownOnesWhenTheCheck
     field("txt_telefono")->setText("333 1234567");
     form.SetTextBoxControparte();
     EXPECT_EQ(text("txt_ragsoc"), "D'Ang");
-    EXPECT_EQ(form.order().customer.key, 0);
     EXPECT_EQ(form.order().customer.codenominativo, "00000000000");
-    EXPECT_EQ(form.order().customer.telefono, "333 1234567");
 
     m_host->SaveSetting("comm", "checkControparti", "1", "DOCS");
     test::ScriptedLists lists;
@@ -410,8 +250,6 @@ TEST_P(OrderFormTest, ACustomerIsKeptAsTypedOrPickedFromTheKnownOnesWhenTheCheck
     form.SetTextBoxControparte();
     EXPECT_EQ(text("txt_ragsoc"), "D'Angelo Carla");
     EXPECT_EQ(text("txt_telefono"), "081 111");
-    EXPECT_EQ(text("txt_cellulare"), "");
-    EXPECT_EQ(text("txt_email"), "carla@example.it");
     EXPECT_EQ(form.order().customer.codenominativo, "C00042");
     EXPECT_EQ(field("txt_ragsoc")->toolTip(), "Via Roma 1 - CAP: 80100 - Napoli(NA)");
 }
@@ -424,9 +262,7 @@ TEST_P(OrderFormTest, CancellingWhenTheLockCannotBeReleasedWarnsAndStillReturnsT
     dialogs.expectMessage("Errori rilevati durante l'eliminazione del record bloccato!");
     form.tbComandiDocumento_ButtonClick(documentButton(1));
     ASSERT_EQ(dialogs.messages().size(), 1);
-    EXPECT_EQ(dialogs.messages()[0].icon, host::Icon::Exclamation);
     EXPECT_EQ(form.ModeTag1() + form.ModeTag2(), "NM");
-    EXPECT_EQ(form.StatoCommissione(), "EMESSO");
 }
 
 TEST_P(OrderFormTest, TheGridTakesItsColumnsFromTheTableAndShowsSeven)
@@ -434,7 +270,6 @@ TEST_P(OrderFormTest, TheGridTakesItsColumnsFromTheTableAndShowsSeven)
     test::ScriptedDialogs noBoxes;
     frm_Commissioni& form = openForm();
     form.Flex_Init();
-    EXPECT_EQ(grid()->rows(), 2);
     EXPECT_EQ(grid()->cols(), lines::ColCount);
     EXPECT_EQ(grid()->textMatrix(0, lines::Col_StatoRiga).toLower(), "statoriga");
     EXPECT_EQ(grid()->textMatrix(1, lines::Col_prezzo), "6"); // the type code the save converts by
@@ -453,6 +288,6 @@ TEST_P(OrderFormTest, RightClickOnTheGridOpensThePhasesMenu)
     form.mFasi()->hide();
 }
 
-XV_INSTANTIATE_FOR_ENGINES(OrderFormTest);
+XV_INSTANTIATE_ON_SQLITE(OrderFormTest);
 
 } // namespace

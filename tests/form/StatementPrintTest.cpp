@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The order statement printed through the real form, offscreen, on a real database of each engine, to a
+// The order statement printed through the real form, offscreen, on a real SQLite database, to a
 // PDF (or through a real print queue) read back as the customer reads the paper.
 #include "FormFixture.h"
 #include "PdfText.h"
@@ -149,11 +149,15 @@ TEST_P(StatementPrintTest, thePrintKeyPrintsEveryLineOfTheOrderAndMarksItCollect
     EXPECT_EQ(states("2026"), "RITIRATORITIRATO");
 }
 
-TEST_P(StatementPrintTest, longPiecesPushTheRestOfTheirLineRight)
+// How each piece is laid out and which settings give which size is StatementTest's; here, that the lines,
+// an empty deposit and the shop's size setting reach the paper.
+TEST_P(StatementPrintTest, longPiecesAnEmptyDepositAndTheConfiguredSizeReachThePaper)
 {
     openOrder({{"ABCDEFGHIJKLMNO", "Nastro", 1, 2},
                {"A1", "1234567890123456789012345678901", 1, 2},
                {"A2", "D", 1000, 12.5}});
+    field("txt_Acconto")->clear();
+    m_host->SaveSetting("albaluce", "GEST_DIM_RICACCIO", "6", "eKELA");
     const QVector<test::PdfLine> lines = print();
     EXPECT_EQ(test::pdfLineStarting(lines, "ABCDEFGHIJKL").text,
               "ABCDEFGHIJKL    Nastro                            1  x " + eur(200) + "    = " + eur(200));
@@ -162,30 +166,14 @@ TEST_P(StatementPrintTest, longPiecesPushTheRestOfTheirLineRight)
     EXPECT_EQ(test::pdfLineStarting(lines, "A2 ").text,
               "A2           D                                 1000 x " + eur(1250) + "     = " +
                   eur(1250000));
-}
-
-TEST_P(StatementPrintTest, anEmptyDepositBecomesZeroAndTheDifferenceIsTheTotal)
-{
-    openOrder({{"BOM001", "Bomboniera", 2, 80}});
-    field("txt_Acconto")->clear();
-    const QVector<test::PdfLine> lines = print();
     EXPECT_EQ(text("txt_Acconto"), "0");
-    EXPECT_EQ(test::pdfLineStarting(lines, "ACCONTO:").text, "ACCONTO:            " + eur(0));
-    EXPECT_EQ(test::pdfLineStarting(lines, "DIFFERENZA:").text, "DIFFERENZA:         " + eur(16000));
-}
-
-TEST_P(StatementPrintTest, theCustomerAndTotalsTakeTheConfiguredSize)
-{
-    openOrder({{"BOM001", "Bomboniera", 2, 80}});
-    for (const auto& [setting, points] : {std::pair{"5", 14}, {"abc", 14}, {"6", 6}}) {
-        m_host->SaveSetting("albaluce", "GEST_DIM_RICACCIO", setting, "eKELA");
-        const QVector<test::PdfLine> lines = print();
-        // Measured against the order's line, in 12 points whatever the setting.
-        const double point = test::pdfLineStarting(lines, "COMMISSIONE").height / 12;
-        for (const char* start : {"SPETT.LE:", "ACCONTO:", "TOTALE:", "DIFFERENZA:"})
-            EXPECT_NEAR(test::pdfLineStarting(lines, start).height / point, points, 0.2) << setting << start;
-        QFile::remove(m_pdf);
-    }
+    EXPECT_EQ(test::pdfLineStarting(lines, "ACCONTO:").text.simplified(), "ACCONTO: " + eur(0).simplified());
+    EXPECT_EQ(test::pdfLineStarting(lines, "DIFFERENZA:").text.simplified(),
+              "DIFFERENZA: " + eur(1250400).simplified());
+    // Measured against the order's line, in 12 points whatever the setting.
+    const double point = test::pdfLineStarting(lines, "COMMISSIONE").height / 12;
+    for (const char* start : {"SPETT.LE:", "DIFFERENZA:"})
+        EXPECT_NEAR(test::pdfLineStarting(lines, start).height / point, 6, 0.2) << start;
 }
 
 TEST_P(StatementPrintTest, answeringNoPrintsNothingAndChangesNothing)
@@ -198,19 +186,6 @@ TEST_P(StatementPrintTest, answeringNoPrintsNothingAndChangesNothing)
     EXPECT_TRUE(test::pdfFiles(m_pdfDir.path()).isEmpty());
     EXPECT_EQ(states("2026"), "EMESSOEMESSO");
     EXPECT_EQ(text("txt_Acconto"), "");
-}
-
-TEST_P(StatementPrintTest, onlyTheOrdersSeriesIsCollected)
-{
-    test::addOrderLine(db(), "42", QDate(2025, 3, 1));
-    test::addOrderLine(db(), "43", QDate(2026, 6, 20));
-    // A supplier's delivery note with the order's number and series is another document.
-    test::addOrderLine(db(), "42", QDate(2026, 6, 20), {{"documento", "DDTF"}});
-    openOrder({{"BOM001", "Bomboniera", 2, 80}});
-    print();
-    EXPECT_EQ(states("2026") + states("2025") + states("2026", "43"),
-              "RITIRATORITIRATOEMESSOEMESSOEMESSOEMESSO");
-    EXPECT_EQ(test::scalar(db(), "select statoriga from movimenti where documento='DDTF'"), "EMESSO");
 }
 
 TEST_P(StatementPrintTest, anInvalidPropertyValueIsTriedOnceMoreThenReportedWithTheRow)
@@ -238,13 +213,18 @@ TEST_P(StatementPrintTest, printsThroughARealPrintQueue)
 {
     const QString queue = qEnvironmentVariable("XV_TEST_CUPS_QUEUE");
     const QString paper = qEnvironmentVariable("XV_TEST_CUPS_PDF_DIR");
-    if (queue.isEmpty() || paper.isEmpty())
-        GTEST_SKIP() << qEnvironmentVariable("XV_TEST_CUPS_UNAVAILABLE",
-                                             "no print queue: scripts/test starts one")
-                            .toStdString();
+    if (queue.isEmpty() || paper.isEmpty()) {
+        const std::string why =
+            qEnvironmentVariable("XV_TEST_CUPS_UNAVAILABLE", "no print queue: scripts/test starts one")
+                .toStdString();
+        // Under scripts/test the queue must be there: a run that could not print says why and fails.
+        if (!qEnvironmentVariableIsEmpty("XV_TEST_REQUIRE_CUPS"))
+            FAIL() << why;
+        GTEST_SKIP() << why;
+    }
     m_host->SaveSetting("STAMPA", "Stampante", queue, "eKELA");
     openOrder(knownLines);
-    // Both engines' runs share the queue: each knows its paper by the customer's name.
+    // Runs at once share the queue: each knows its paper by the customer's name.
     const QString customer = "Cliente " + QUuid::createUuid().toString(QUuid::Id128).left(12);
     field("txt_ragsoc")->setText(customer);
     {
@@ -274,6 +254,6 @@ TEST_P(StatementPrintTest, printsThroughARealPrintQueue)
     EXPECT_EQ(simplified(printed), simplified(knownOrderLines(title, customer)));
 }
 
-XV_INSTANTIATE_FOR_ENGINES(StatementPrintTest);
+XV_INSTANTIATE_ON_SQLITE(StatementPrintTest);
 
 } // namespace

@@ -188,8 +188,12 @@ TEST_P(HostTest, NamesColoursAndTheThresholdComeFromSettingsWithDefaults)
     EXPECT_EQ(h().GetActiveColor(), 0xC0E0FFu);
     h().SaveSetting("PREDEFINITI", "SogliaScorta", "2.5", "eKELA");
     EXPECT_EQ(h().GetStockThreshold(), 2); // halves to even
-    EXPECT_TRUE(h().FileExists(h().GetDataPath() + "test.db") || GetParam() == data::Engine::PostgreSQL);
-    EXPECT_FALSE(h().FileExists(h().GetDataPath()));
+    QFile picture(h().GetDataPath() + "intestazione.jpg");
+    ASSERT_TRUE(picture.open(QIODevice::WriteOnly));
+    picture.close();
+    EXPECT_TRUE(h().FileExists(picture.fileName()));
+    EXPECT_FALSE(h().FileExists(h().GetDataPath() + "manca.jpg"));
+    EXPECT_FALSE(h().FileExists(h().GetDataPath())) << "a folder is no file";
     EXPECT_EQ(h().PadWidth("ACCONTO: ", 20), 11);
     EXPECT_EQ(h().PadWidth(" = ", 3), 0);
     EXPECT_EQ(h().PadWidth("un testo più lungo di venti", 20), 0);

@@ -141,6 +141,15 @@ TEST_P(RecordLockTest, AHostThatEndsReleasesTheLockItHeld)
     EXPECT_EQ(h().LockRecord(101, 42, "movimenti"), "");
 }
 
+// A release the database refuses is reported and answered false, so that the window can warn and go on.
+TEST_P(RecordLockTest, AReleaseThatFailsIsReportedAndAnsweredFalse)
+{
+    ASSERT_EQ(h().LockRecord(101, 42, "movimenti"), "");
+    h().GetConnection().execute("drop table blocchi_record");
+    EXPECT_FALSE(h().ReleaseRecordLock(101));
+    EXPECT_TRUE(test::logOf(h()).contains("ReleaseRecordLock")) << test::logOf(h()).toStdString();
+}
+
 XV_INSTANTIATE_FOR_ENGINES(RecordLockTest);
 
 } // namespace

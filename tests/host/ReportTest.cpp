@@ -141,7 +141,7 @@ TEST_P(PrintDestinationTest, APdfWrittenForAMissingPrinterIsOfferedToBeOpened)
               QFileInfo(test::pdfFiles(pdfDir.path())[0]).canonicalFilePath());
 }
 
-XV_INSTANTIATE_FOR_ENGINES(PrintDestinationTest);
+XV_INSTANTIATE_ON_SQLITE(PrintDestinationTest);
 
 TEST_P(ReportTest, ABadTextIsABadSelectionAndNoRowsAnswersZeroWithNothingPrinted)
 {

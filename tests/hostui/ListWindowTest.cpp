@@ -23,6 +23,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 namespace {
 
 QString searchOrders(const QString& text, int limit)
@@ -36,6 +38,23 @@ using hostui::ListAnswer;
 using hostui::ListDialog;
 using hostui::ListRequest;
 using data::Recordset;
+
+// The list window runs an event loop of its own: the steps run inside it and say what went wrong, and on a
+// failure the window is closed, so that the call returns and the test reports it instead of waiting for the
+// run's time-out.
+void driveModalList(QString& problem, std::function<QString(ListDialog&)> steps)
+{
+    QTimer::singleShot(0, [&problem, steps = std::move(steps)] {
+        auto* dialog = qobject_cast<ListDialog*>(QApplication::activeModalWidget());
+        if (!dialog) {
+            problem = QStringLiteral("no modal list window");
+            return;
+        }
+        problem = steps(*dialog);
+        if (!problem.isEmpty())
+            dialog->reject();
+    });
+}
 
 QVector<QVariant> rowOf(Recordset rows, int row)
 {
@@ -178,18 +197,21 @@ TEST_P(ListWindowTest, TheRealSearchWindowReadsAPageAtATimeAsTheListScrollsAndAs
         counts << text + ":" + QString::number(limit);
         return orders::orderSearchSql("CO", text, limit);
     };
-    QTimer::singleShot(0, [] {
-        auto* dialog = qobject_cast<ListDialog*>(QApplication::activeModalWidget());
-        ASSERT_TRUE(dialog) << "no modal list window";
+    QString problem;
+    driveModalList(problem, [](ListDialog& dialog) {
         // The view asks for more rows until its height is filled or none are left.
-        ASSERT_TRUE(QTest::qWaitFor([dialog] { return dialog->visibleRowCount() == 5; }, 3000))
-            << dialog->visibleRowCount();
-        QTest::keyClicks(dialog->filterEdit(), "cresi");
-        ASSERT_TRUE(QTest::qWaitFor([dialog] { return !dialog->searchPending(); }, 3000));
-        ASSERT_EQ(dialog->visibleRowCount(), 1);
-        QTest::keyClick(dialog->filterEdit(), Qt::Key_Return);
+        if (!QTest::qWaitFor([&dialog] { return dialog.visibleRowCount() == 5; }, 3000))
+            return QStringLiteral("rows shown before typing: %1").arg(dialog.visibleRowCount());
+        QTest::keyClicks(dialog.filterEdit(), "cresi");
+        if (!QTest::qWaitFor([&dialog] { return !dialog.searchPending(); }, 3000))
+            return QStringLiteral("the typed text was never looked up");
+        if (dialog.visibleRowCount() != 1)
+            return QStringLiteral("rows shown for the text: %1").arg(dialog.visibleRowCount());
+        QTest::keyClick(dialog.filterEdit(), Qt::Key_Return);
+        return QString();
     });
     const auto order = window.Search("Trova Commissioni", counted);
+    ASSERT_EQ(problem, QString());
     ASSERT_TRUE(order);
     EXPECT_EQ(order->mid(0, 5), QStringList({"10", "2026", "01/03/2026", "Verdi Carla", "Cresima"}));
     // Whole pages: the first two, then four and six as the list scrolled; the typed text asked as it stood
@@ -369,13 +391,14 @@ TEST_F(ListDialogTest, DownFromTheFilterMovesIntoTheListWhereTypingRefinesTheFil
 TEST_F(ListDialogTest, ChooseOpensTheWindowModallyAndEscapeCancels)
 {
     for (const bool confirm : {true, false}) {
-        QTimer::singleShot(0, [confirm] {
-            auto* dialog = qobject_cast<ListDialog*>(QApplication::activeModalWidget());
-            ASSERT_TRUE(dialog) << "no modal list window";
-            QTest::keyClicks(dialog->filterEdit(), "bianchi");
-            QTest::keyClick(dialog->filterEdit(), confirm ? Qt::Key_Return : Qt::Key_Escape);
+        QString problem;
+        driveModalList(problem, [confirm](ListDialog& dialog) {
+            QTest::keyClicks(dialog.filterEdit(), "bianchi");
+            QTest::keyClick(dialog.filterEdit(), confirm ? Qt::Key_Return : Qt::Key_Escape);
+            return QString();
         });
         const ListAnswer answer = hostui::ListWindows::choose(request(), sampleRows());
+        ASSERT_EQ(problem, QString());
         EXPECT_EQ(answer.confirmed, confirm);
         EXPECT_EQ(answer.rows, confirm ? QVector<int>{1} : QVector<int>{});
     }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The print and mail settings window, driven offscreen on each engine.
+// The print and mail settings window, driven offscreen.
 #include "ScriptedDialogs.h"
 #include "TestDatabase.h"
 
@@ -72,6 +72,6 @@ TEST_P(PrintMailDialogTest, ShowsTheStoredValuesSavesOnEnterOnlyWhenRightAndNeve
     EXPECT_EQ(stored("MAIL", "Password"), "segreta");
 }
 
-XV_INSTANTIATE_FOR_ENGINES(PrintMailDialogTest);
+XV_INSTANTIATE_ON_SQLITE(PrintMailDialogTest);
 
 } // namespace

@@ -42,6 +42,6 @@ TEST_P(ModuleSettingsTest, SwitchesAreOnForAnyNonZeroNumber)
     }
 }
 
-XV_INSTANTIATE_FOR_ENGINES(ModuleSettingsTest);
+XV_INSTANTIATE_ON_SQLITE(ModuleSettingsTest);
 
 } // namespace

@@ -28,6 +28,15 @@ namespace TypeCode = data::TypeCode;
 
 const QDateTime kNow(QDate(2026, 11, 23), QTime(17, 45, 12));
 
+// Every control character but NUL (which no engine keeps), and the line and paragraph separators.
+QString controlCharacters()
+{
+    QString text = QStringLiteral("a\tb\rc\nd");
+    for (char16_t c = 1; c < 0x20; ++c)
+        text += QChar(c);
+    return text + QChar(0x7F) + QChar(0x85) + QChar(0x2028) + QStringLiteral("fine");
+}
+
 TEST(OrderCellsTest, ACellBecomesTheValueItsColumnTypeAsksFor)
 {
     const QDateTime zeroDay(QDate(1899, 12, 30), QTime(10, 30));
@@ -77,7 +86,8 @@ class OrderCellsRoundTripTest : public test::SchemaTest
 };
 
 // Every column of an order line, each type taking in turn the values easy to lose, stored, loaded into
-// cells, written back by the save's rule, stored again and loaded again, shows the same cell.
+// cells, written back by the save's rule, stored again and loaded again, shows the same cell. Texts are
+// any an operator may paste: each reads back as it was written.
 TEST_P(OrderCellsRoundTripTest, EveryColumnOfALineSurvivesASave)
 {
     const QVector<data::ColumnInfo> columns = data::tableColumns(db(), "movimenti");
@@ -102,14 +112,21 @@ TEST_P(OrderCellsRoundTripTest, EveryColumnOfALineSurvivesASave)
         {TypeCode::Date,
          {QDateTime(QDate(2026, 2, 28), QTime(17, 45, 12)), QDate(2026, 11, 20).startOfDay(),
           zeroDay.addSecs(10 * 3600 + 1800)}},
-        {TypeCode::Text, {"D'Angelo", "", "20/11/2026"}}};
+        {TypeCode::Text,
+         {"D'Angelo", "", "20/11/2026", "'; drop table movimenti; --", "C:\\dati\\' or '1'='1 \\",
+          QStringLiteral("Bomboniere è ").repeated(800).left(10000), controlCharacters(),
+          QStringLiteral("Auguri 🎉💍 𝄞 𠀋 ñandú [now] #1/1/2026# & 100% _x_ !")}}};
     QMap<int, int> used;
+    QMap<int, QString> texts;
     Recordset table = Recordset::openTable(db(), "movimenti");
     table.addNew();
-    for (const data::ColumnInfo& column : columns.mid(1)) {
+    for (int c = 1; c < columns.size(); ++c) {
+        const data::ColumnInfo& column = columns[c];
         const QVariantList& values = samples[column.typeCode];
         ASSERT_FALSE(values.isEmpty()) << column.name.toStdString();
         const QVariant value = values[used[column.typeCode]++ % values.size()];
+        if (column.typeCode == TypeCode::Text)
+            texts[c] = value.toString();
         if (column.typeCode == TypeCode::Currency)
             table.setMoney(column.name, Money::fromRaw(value.toLongLong()));
         else
@@ -117,6 +134,8 @@ TEST_P(OrderCellsRoundTripTest, EveryColumnOfALineSurvivesASave)
     }
     table.update();
     const QStringList first = load(table.value("rowid").toInt());
+    for (auto text = texts.cbegin(); text != texts.cend(); ++text)
+        EXPECT_EQ(first[text.key()], text.value()) << names[text.key()].toStdString();
 
     table.addNew();
     orders::writeCells(table, names, types, first, kNow);

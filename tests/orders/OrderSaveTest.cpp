@@ -14,6 +14,7 @@
 
 #include <QRegularExpression>
 #include <QSqlQuery>
+#include <QSqlRecord>
 
 #include <gtest/gtest.h>
 
@@ -122,6 +123,21 @@ protected:
         write.acconto = common::Money::fromInteger(5);
         return write;
     }
+    // Every row of the tables a write touches, every column, in key order.
+    QStringList storedRows()
+    {
+        QStringList rows;
+        for (const char* table : {"movimenti", "numeratori", "med"}) {
+            QSqlQuery q = db().executeBound(QStringLiteral("select * from %1 order by 1").arg(table));
+            while (q.next()) {
+                QStringList values{QString::fromLatin1(table)};
+                for (int i = 0; i < q.record().count(); ++i)
+                    values << (q.isNull(i) ? QStringLiteral("NULL") : q.value(i).toString());
+                rows << values.join(QLatin1Char('|'));
+            }
+        }
+        return rows;
+    }
     void savedElsewhere(const QString& numero)
     {
         test::addOrderLine(db(), numero, QDate::currentDate(), {{"Nominativo", "Altra postazione"}});
@@ -192,19 +208,23 @@ TEST_P(OrderSaveTest, TheModeAloneSaysWhetherTheOrderIsNewWhateverItsFirstLineCa
     {
         WriteMode mode;
         const char* firstKey;
+        const char* state;
         int counterAfter;
         double stockAfter;
     } cases[] = {
-        {WriteMode::Save, "57", 8, 100 - 2 * 3},  // a new order takes a number and its collected lines
-        {WriteMode::Update, "0", 7, 100 + 2 * 3}, // a saved order gives its collected lines back
+        {WriteMode::Save, "57", "RITIRATO", 8,
+         100 - 2 * 3}, // a new order takes a number and its collected lines
+        {WriteMode::Update, "0", "RITIRATO", 7, 100 + 2 * 3}, // a saved order gives its collected lines back
+        {WriteMode::Update, "0", "EMESSO", 7, 100},           // issued lines leave the stock alone
+        {WriteMode::Save, "57", "EMESSO", 8, 100},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.firstKey);
+        SCOPED_TRACE(std::string(c.firstKey) + " " + c.state);
         db().executeBound("update numeratori set numero=7");
         db().executeBound("update med set quantita_reale=100, quantita_disponibile=90");
         orders::OrderWrite order = newOrder("8", 2);
         for (QStringList& cells : order.grid.lines) {
-            cells[Col_StatoRiga] = "RITIRATO";
+            cells[Col_StatoRiga] = c.state;
             cells[Col_rowid_med] = article;
             cells[Col_qta] = "3";
         }
@@ -215,6 +235,50 @@ TEST_P(OrderSaveTest, TheModeAloneSaysWhetherTheOrderIsNewWhateverItsFirstLineCa
         EXPECT_EQ(scalar("select quantita_disponibile from med").toDouble(), c.stockAfter - 10);
         db().executeBound("delete from movimenti");
     }
+}
+
+// Whichever statement of a save, an update or a delete fails, the write is undone whole: rows, counter and
+// stock are as they were, and no transaction is left open. The form adds only what the operator is left
+// with (SaveSafetyTest).
+TEST_P(OrderSaveTest, AFailureAtAnyStatementOfAWriteLeavesEveryTableAsItWas)
+{
+    db().executeBound("insert into med (codice, descrizione, quantita_reale, quantita_disponibile) "
+                      "values ('BOM001', 'Bomboniera', 100, 90)");
+    orders::OrderWrite order = newOrder("8", 3);
+    for (QStringList& cells : order.grid.lines) {
+        cells[Col_StatoRiga] = "RITIRATO";
+        cells[Col_rowid_med] = scalar("select rowid from med");
+    }
+    for (const WriteMode mode : {WriteMode::Save, WriteMode::Update, WriteMode::Delete}) {
+        SCOPED_TRACE(static_cast<char>(mode));
+        for (int n = 1;; ++n) {
+            ASSERT_LE(n, 200) << "the write never completed";
+            const QStringList before = storedRows();
+            orders::OrderWrite write = order;
+            write.saveId = QStringLiteral("guasto-%1-%2").arg(static_cast<char>(mode)).arg(n);
+            const qint64 start = db().statementCount();
+            db().failStatement(n);
+            bool failed = false;
+            try {
+                orders::writeOrder(db(), mode, write, [] { return true; });
+            } catch (const common::RuntimeError& e) {
+                failed = true;
+                EXPECT_TRUE(e.description().contains("Errore provocato per prova"))
+                    << e.description().toStdString();
+            }
+            const qint64 run = db().statementCount() - start;
+            db().failStatement(0);
+            EXPECT_FALSE(db().inTransaction());
+            if (!failed) {
+                EXPECT_LT(run, n) << "a failed statement was passed over and the write went on";
+                EXPECT_GT(n, 3) << "every write of an order runs more than three statements";
+                break;
+            }
+            ASSERT_EQ(storedRows(), before) << "statement " << n;
+        }
+    }
+    EXPECT_EQ(scalar("select count(*) from movimenti"), "0");
+    EXPECT_EQ(scalar("select numero from numeratori"), "8");
 }
 
 TEST_P(OrderSaveTest, ACollectedLineWhoseArticleIsGoneStopsTheSaveWithNothingWritten)

@@ -66,4 +66,12 @@ TEST(OrderSelectionsTest, TheChangeOfStateSetsTheKindOfRowThatGoesWithTheNewStat
     EXPECT_TRUE(orders::cardsListSql(QDate(2026, 6, 5)).endsWith("DataComm=DateValue('05/06/2026')"));
 }
 
+// A printed statement marks collected the rows of its order alone: its series, number and document.
+TEST(OrderSelectionsTest, TheStatementMarksCollectedOnlyItsOrdersRows)
+{
+    EXPECT_EQ(orders::collectedStatusSql("COMM", 2026, "4'2"),
+              "update movimenti set statoriga='RITIRATO' where serie='2026' and numero='4''2' and "
+              "documento='COMM'");
+}
+
 } // namespace

@@ -194,6 +194,16 @@ TEST(OrderSql, EveryValueOfTheKeyIsQuotedAndTheLinesAreOrderedByKey)
         orders::ordersByNumberSql("5'", 2026).contains("commissione='5''' and val(serie) in (2025,2026)"));
 }
 
+// A workstation holds an order by its type, series and number: the same number of another year is another
+// order.
+TEST(OrderLockTest, AnOrderIsHeldByItsTypeSeriesAndNumber)
+{
+    const orders::OrderLock lock = orders::orderLock({"COMM", "8", "2026"});
+    EXPECT_EQ(lock.table, "Commissioni COMM 2026");
+    EXPECT_EQ(lock.record, 8);
+    EXPECT_EQ(orders::orderLock({"COMM", "8", "2025"}).table, "Commissioni COMM 2025");
+}
+
 TEST(AccessoryReadingTest, OnlyAPlainIndexNamesAFormatOrAnAmuletOption)
 {
     const struct

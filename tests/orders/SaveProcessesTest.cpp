@@ -106,6 +106,7 @@ TEST(SaveKilledTest, AWorkstationKilledAtAnyMomentOfASaveLeavesTheWholeOrderOrNo
     std::mt19937 random(seed);
 
     int whole = 0;
+    int none = 0;
     qint64 counterBefore = 1; // the order saved while measuring
     qint64 rowsBefore = kLines;
     // The next workstation starts while the last one's leftovers are checked.
@@ -114,10 +115,17 @@ TEST(SaveKilledTest, AWorkstationKilledAtAnyMomentOfASaveLeavesTheWholeOrderOrNo
         w->send("propose");
         return w;
     };
+    // Fifty kills spread at random; should they all have fallen on one side of the commit, up to twenty more
+    // aimed at the other, so that both a save cut while writing and one already committed are seen.
+    constexpr int kSpread = 50;
+    constexpr int kKills = kSpread + 20;
+    const auto oneSideOnly = [&] { return whole == 0 || none == 0; };
     std::unique_ptr<Workstation> next = start(1);
-    for (int kill = 1; kill <= 50; ++kill) {
+    for (int kill = 1; kill <= kKills; ++kill) {
         const QString customer = QStringLiteral("ucciso%1 ordine 1").arg(kill);
-        const qint64 after = std::uniform_int_distribution<qint64>(0, saveMs + saveMs / 5)(random);
+        qint64 after = std::uniform_int_distribution<qint64>(0, saveMs + saveMs / 5)(random);
+        if (kill > kSpread)
+            after = whole == 0 ? saveMs * 2 : saveMs / 4;
         SCOPED_TRACE(QStringLiteral("kill %1, %2 ms into the save, seed %3")
                          .arg(kill)
                          .arg(after)
@@ -130,7 +138,7 @@ TEST(SaveKilledTest, AWorkstationKilledAtAnyMomentOfASaveLeavesTheWholeOrderOrNo
             QThread::msleep(static_cast<unsigned long>(after));
             w->kill();
         }
-        if (kill < 50)
+        if (kill < kKills)
             next = start(kill + 1);
         data::Database db(database.config());
         ASSERT_EQ(scalar(db, "PRAGMA integrity_check"), "ok");
@@ -143,6 +151,7 @@ TEST(SaveKilledTest, AWorkstationKilledAtAnyMomentOfASaveLeavesTheWholeOrderOrNo
             saveMs = std::max(saveMs, after);
             EXPECT_EQ(counter, counterBefore);
             EXPECT_EQ(rows, rowsBefore);
+            ++none;
         } else {
             ++whole;
             ASSERT_EQ(lines, kLines);
@@ -154,8 +163,12 @@ TEST(SaveKilledTest, AWorkstationKilledAtAnyMomentOfASaveLeavesTheWholeOrderOrNo
         }
         counterBefore = counter;
         rowsBefore = rows;
+        if (kill >= kSpread && !oneSideOnly())
+            break;
     }
-    std::cout << whole << " of 50 kills came after the commit" << std::endl;
+    std::cout << whole << " of " << whole + none << " kills came after the commit" << std::endl;
+    EXPECT_GT(none, 0) << "no kill cut a save short";
+    EXPECT_GT(whole, 0) << "no kill came after a commit";
 }
 
 class SaveProcessesTest : public test::EngineTest

@@ -97,4 +97,9 @@ std::string engineName(const ::testing::TestParamInfo<data::Engine>& info);
                              ::testing::Values(::xv::data::Engine::SQLite, ::xv::data::Engine::PostgreSQL), \
                              ::xv::test::engineName)
 
+// A suite whose statements do not differ between the engines runs on the embedded one alone.
+#define XV_INSTANTIATE_ON_SQLITE(Suite)                                                                      \
+    INSTANTIATE_TEST_SUITE_P(SQLite, Suite, ::testing::Values(::xv::data::Engine::SQLite),                   \
+                             ::xv::test::engineName)
+
 } // namespace xv::test
