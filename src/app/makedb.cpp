@@ -164,6 +164,7 @@ int main(int argc, char** argv)
         }
         xv::data::migrate(db);
         summary = xv::demo::fillDemoData(db, options);
+        xv::data::refreshPlannerStatistics(db);
     } catch (const std::exception& e) {
         if (lastPercent >= 0)
             say(stderr, QStringLiteral("\n"));

@@ -499,6 +499,9 @@ void restorePostgres(const ConnectionConfig& config, const QString& dump)
     if (!run.ok)
         fail(QStringLiteral("Ripristino in %1 non riuscito: %2.").arg(config.describe(), run.error) +
              unchanged);
+    // pg_restore leaves the planner without the tables' figures until autovacuum comes by.
+    Database restored(config);
+    refreshPlannerStatistics(restored);
 }
 
 } // namespace xv::data

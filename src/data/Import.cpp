@@ -3,6 +3,7 @@
 
 #include "common/Money.h"
 #include "data/Database.h"
+#include "data/Schema.h"
 #include "data/TypeCodes.h"
 
 #include <QFile>
@@ -440,8 +441,7 @@ private:
         if (m_options.progress)
             m_options.progress(total, total);
         // A bulk write leaves the server's planner with the table's old figures until autovacuum comes by.
-        if (m_db.engine() == Engine::PostgreSQL)
-            m_db.executeBound(QStringLiteral("analyze ") + tableName());
+        refreshPlannerStatistics(m_db, {tableName()});
     }
 
     Database& m_db;

@@ -8,6 +8,7 @@
 #include "data/TypeCodes.h"
 
 #include <QLoggingCategory>
+#include <QRegularExpression>
 #include <QSqlQuery>
 
 #include <functional>
@@ -344,6 +345,24 @@ void requireNotNewer(int version)
 }
 
 } // namespace
+
+void refreshPlannerStatistics(Database& db, const QStringList& tables)
+{
+    if (db.engine() != Engine::PostgreSQL)
+        return;
+    if (tables.isEmpty()) {
+        db.executeBound(QStringLiteral("analyze"));
+        return;
+    }
+    // Table names come from the program, never from what is typed; anything else is refused, not spliced.
+    static const QRegularExpression plainName(QStringLiteral("^[A-Za-z_][A-Za-z0-9_]*$"));
+    for (const QString& table : tables) {
+        if (!plainName.match(table).hasMatch())
+            throw RuntimeError(ErrorNumber::InvalidProcedureCall,
+                               QStringLiteral("Nome di tabella non valido: %1").arg(table));
+        db.executeBound(QStringLiteral("analyze ") + table);
+    }
+}
 
 int schemaVersion(Database& db)
 {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "TestDatabase.h"
 
+#include "common/RuntimeError.h"
 #include "data/Database.h"
 #include "data/Recordset.h"
 #include "data/Schema.h"
@@ -90,6 +91,36 @@ TEST_P(SharedStartTest, TwoWorkstationsStartingOnANewDatabaseAtOnceBothStart)
 }
 
 INSTANTIATE_TEST_SUITE_P(Engines, SharedStartTest, ::testing::Values(data::Engine::PostgreSQL),
+                         test::engineName);
+
+// Rows written in bulk: the server's planner knows how many there are at once, not when autovacuum comes.
+class PlannerStatisticsTest : public test::SchemaTest
+{
+protected:
+    double plannedRows(const char* table)
+    {
+        return Recordset::open(db(), QStringLiteral("select reltuples from pg_class where relname = '%1'")
+                                         .arg(QLatin1String(table)))
+            .value(0)
+            .toDouble();
+    }
+};
+
+TEST_P(PlannerStatisticsTest, AfterABulkWriteThePlannerKnowsTheRowsOfTheTablesNamedOrOfAll)
+{
+    db().executeBound("insert into movimenti (numero, serie) select cast(i as text), '2026' "
+                      "from generate_series(1, 3000) as i");
+    db().executeBound("insert into med (codice) select 'ART' || i from generate_series(1, 700) as i");
+    EXPECT_LT(plannedRows("movimenti"), 1);
+    data::refreshPlannerStatistics(db(), {"med"});
+    EXPECT_EQ(plannedRows("med"), 700);
+    EXPECT_LT(plannedRows("movimenti"), 1) << "only the table named";
+    data::refreshPlannerStatistics(db());
+    EXPECT_EQ(plannedRows("movimenti"), 3000);
+    EXPECT_THROW(data::refreshPlannerStatistics(db(), {"med; drop table med"}), common::RuntimeError);
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, PlannerStatisticsTest, ::testing::Values(data::Engine::PostgreSQL),
                          test::engineName);
 
 } // namespace
