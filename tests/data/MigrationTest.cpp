@@ -99,7 +99,8 @@ class PlannerStatisticsTest : public test::SchemaTest
 protected:
     double plannedRows(const char* table)
     {
-        return Recordset::open(db(), QStringLiteral("select reltuples from pg_class where relname = '%1'")
+        // The table the session sees: each test works in a schema of its own.
+        return Recordset::open(db(), QStringLiteral("select reltuples from pg_class where oid = '%1'::regclass")
                                          .arg(QLatin1String(table)))
             .value(0)
             .toDouble();
