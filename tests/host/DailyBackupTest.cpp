@@ -76,11 +76,9 @@ TEST_F(DailyBackupTest, TheCopiesKeptAreThoseTheSettingSays)
     host::Host h(options());
     ASSERT_TRUE(h.Initialize());
     h.waitForDailyBackup();
-    const QStringList expected{
-        data::backupFileName(QDate::currentDate().addDays(-2), data::Engine::SQLite),
-        data::backupFileName(QDate::currentDate().addDays(-1), data::Engine::SQLite),
-        data::backupFileName(QDate::currentDate(), data::Engine::SQLite),
-    };
+    QStringList expected;
+    for (int days = 2; days >= 0; --days)
+        expected << data::backupFileName(QDate::currentDate().addDays(-days), data::Engine::SQLite);
     EXPECT_EQ(QDir(folder).entryList(QDir::Files, QDir::Name), expected);
 }
 
