@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "FileModes.h"
 #include "TestDatabase.h"
 
 #include "common/RuntimeError.h"
@@ -61,19 +62,6 @@ qint64 linesOf(Database& db, int number)
     return query.next() ? query.value(0).toLongLong() : -1;
 }
 
-// Whatever the umask, what the backups write is its owner's alone.
-class OpenUmask
-{
-public:
-    OpenUmask() : m_before(::umask(0)) {}
-    ~OpenUmask() { ::umask(m_before); }
-    OpenUmask(const OpenUmask&) = delete;
-    OpenUmask& operator=(const OpenUmask&) = delete;
-
-private:
-    mode_t m_before;
-};
-
 TEST(BackupNames, TheDaysCopyIsNamedByItsDateYearFirst)
 {
     EXPECT_EQ(data::backupFileName(QDate(2026, 3, 5), Engine::SQLite), "xvelario-2026-03-05.db");
@@ -118,31 +106,17 @@ TEST(BackupRotation, OnlyTheOldestCopiesOfTheEngineBeyondThoseKeptAreRemoved)
     }
 }
 
-TEST(BackupModes, FoldersAndCopiesAreTheOwnersAloneWhateverTheUmask)
+TEST(BackupModes, APrivateFolderIsTheOwnersAloneWhateverTheUmask)
 {
-    const OpenUmask open;
-    test::TestDatabase database(Engine::SQLite);
-    const QString folder = database.dataPath() + "backup";
+    const test::Umask open(0);
+    QTemporaryDir dir;
+    const QString folder = dir.filePath("backup");
     ASSERT_TRUE(QDir().mkpath(folder));
     ::chmod(QFile::encodeName(folder).constData(), 0777);
     data::makePrivateFolder(folder);
     EXPECT_EQ(modeOf(folder), 0700);
     data::makePrivateFolder(folder + "/nuova");
     EXPECT_EQ(modeOf(folder + "/nuova"), 0700);
-
-    const QString copy = folder + "/copia.db";
-    {
-        Database db(database.config());
-        data::migrate(db);
-        data::backupSqlite(db, copy);
-    }
-    EXPECT_EQ(modeOf(copy), 0600);
-    {
-        const auto mark = data::UseMark::take(database.config().sqlitePath, data::UseMark::Kind::Shared);
-    }
-    EXPECT_EQ(modeOf(data::UseMark::markPath(database.config().sqlitePath)), 0600);
-    data::restoreSqlite(copy, database.config().sqlitePath, kRestoredAt);
-    EXPECT_EQ(modeOf(database.config().sqlitePath), 0600);
 }
 
 class SqliteRestoreTest : public ::testing::Test
@@ -157,6 +131,8 @@ protected:
     }
     QString databasePath() const { return m_database.config().sqlitePath; }
 
+    // Whatever the umask, the copy, the restored database and the mark of its use are the owner's alone.
+    const test::Umask m_open{0};
     test::TestDatabase m_database{Engine::SQLite};
     QString m_copy = m_database.dataPath() + "copia.db";
 };
@@ -175,6 +151,8 @@ TEST_F(SqliteRestoreTest, ARestoreBringsBackAnOrderDeletedAfterTheCopyAndKeepsTh
     EXPECT_EQ(kept, databasePath() + ".sostituito-20261125-093005");
     const QStringList left = QDir(m_database.dataPath()).entryList({"test.db*"}, QDir::Files, QDir::Name);
     EXPECT_EQ(left, QStringList({"test.db", "test.db.in-uso", "test.db.sostituito-20261125-093005"}));
+    for (const QString& file : {m_copy, databasePath(), data::UseMark::markPath(databasePath())})
+        EXPECT_EQ(modeOf(file), 0600) << file.toStdString();
     {
         Database db(m_database.config());
         EXPECT_EQ(linesOf(db, 7), 3);
@@ -298,36 +276,28 @@ private:
     QString m_name;
 };
 
-class PostgresBackupTest : public ::testing::Test
+class PostgresBackupTest : public test::EngineTest
 {
 protected:
-    void SetUp() override
-    {
-        if (!m_database.available()) {
-            if (test::postgresRequired())
-                FAIL() << m_database.reason().toStdString();
-            GTEST_SKIP() << m_database.reason().toStdString();
-        }
-    }
     // The program's schema holding order 7 of three lines, dumped.
     QString dumpOfOrder7()
     {
-        Database db(m_database.config());
+        Database db(database().config());
         data::migrate(db);
         writeOrder(db, 7, 3);
-        data::dumpPostgres(m_database.config(), m_dump);
+        data::dumpPostgres(database().config(), m_dump);
         return m_dump;
     }
-    test::TestDatabase m_database{Engine::PostgreSQL};
     QTemporaryDir m_dir;
     QString m_dump = m_dir.filePath("negozio.dump");
 };
 
-TEST_F(PostgresBackupTest, ARestoreIntoAnEmptyDatabaseBringsBackAnOrderDeletedAfterTheDump)
+TEST_P(PostgresBackupTest, ARestoreIntoAnEmptyDatabaseBringsBackAnOrderDeletedAfterTheDump)
 {
-    const OpenUmask open;
+    // Whatever the umask, what the backups write is its owner's alone.
+    const test::Umask open(0);
     const QString dump = dumpOfOrder7();
-    const data::ConnectionConfig config = m_database.config();
+    const data::ConnectionConfig config = database().config();
     Database(config).executeBound("delete from movimenti where numero = '7'");
     EXPECT_EQ(modeOf(dump), 0600);
     EXPECT_EQ(data::postgresDumpProblem(dump), QString());
@@ -348,10 +318,10 @@ TEST_F(PostgresBackupTest, ARestoreIntoAnEmptyDatabaseBringsBackAnOrderDeletedAf
     EXPECT_EQ(found.value(0).toInt(), 1);
 }
 
-TEST_F(PostgresBackupTest, ARestoreOverTheProgramsDataOrFromAFileThatIsNoDumpOfItIsRefused)
+TEST_P(PostgresBackupTest, ARestoreOverTheProgramsDataOrFromAFileThatIsNoDumpOfItIsRefused)
 {
     const QString dump = dumpOfOrder7();
-    const data::ConnectionConfig config = m_database.config();
+    const data::ConnectionConfig config = database().config();
     try {
         data::restorePostgres(config, dump);
         ADD_FAILURE() << "restored over the program's data";
@@ -377,5 +347,8 @@ TEST_F(PostgresBackupTest, ARestoreOverTheProgramsDataOrFromAFileThatIsNoDumpOfI
     EXPECT_TRUE(data::postgresDumpProblem(foreign).contains("manca la tabella versione_schema"))
         << data::postgresDumpProblem(foreign).toStdString();
 }
+
+INSTANTIATE_TEST_SUITE_P(PostgreSQL, PostgresBackupTest, ::testing::Values(Engine::PostgreSQL),
+                         test::engineName);
 
 } // namespace

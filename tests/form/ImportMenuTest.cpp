@@ -55,18 +55,9 @@ protected:
     }
 };
 
-TEST_P(ImportMenuTest, TheChosenFileGoesInAndTheCountsAreShown)
-{
-    openForm();
-    test::ScriptedDialogs dialogs;
-    dialogs.expectMessage("Righe lette: 2, aggiunte: 2, aggiornate: 0.");
-    importThrough(data::ImportTable::Clienti, "codice,ragsoc\nC1,Esposito Anna\nC2,\"Russo, Carlo\"\n");
-    EXPECT_EQ(clients(), QStringList({"C1 Esposito Anna", "C2 Russo, Carlo"}));
-    ASSERT_EQ(dialogs.messages().size(), 1);
-    EXPECT_EQ(dialogs.messages()[0].icon, host::Icon::Information);
-}
-
-TEST_P(ImportMenuTest, RefusedRowsAreListedAndNothingIsWritten)
+// A file with a refused row writes nothing and lists the row; a good one goes in and the counts are shown.
+// The rules themselves, on both engines, are ImportTest's: here only the menu's wiring.
+TEST_P(ImportMenuTest, RefusedRowsAreListedAndAGoodFileGoesInWithItsCounts)
 {
     openForm();
     test::ScriptedDialogs dialogs;
@@ -74,10 +65,14 @@ TEST_P(ImportMenuTest, RefusedRowsAreListedAndNothingIsWritten)
     importThrough(data::ImportTable::Clienti,
                   "codice;ragsoc;email\nC1;Esposito Anna;\nC2;Russo Carlo;russo@\n");
     EXPECT_EQ(clients(), QStringList());
-    ASSERT_EQ(dialogs.messages().size(), 1);
+    dialogs.expectMessage("Righe lette: 2, aggiunte: 2, aggiornate: 0.");
+    importThrough(data::ImportTable::Clienti, "codice,ragsoc\nC1,Esposito Anna\nC2,\"Russo, Carlo\"\n");
+    EXPECT_EQ(clients(), QStringList({"C1 Esposito Anna", "C2 Russo, Carlo"}));
+    ASSERT_EQ(dialogs.messages().size(), 2);
     EXPECT_EQ(dialogs.messages()[0].icon, host::Icon::Exclamation);
+    EXPECT_EQ(dialogs.messages()[1].icon, host::Icon::Information);
 }
 
-XV_INSTANTIATE_FOR_ENGINES(ImportMenuTest);
+XV_INSTANTIATE_ON_SQLITE(ImportMenuTest);
 
 } // namespace

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "FileModes.h"
 #include "ScriptedDialogs.h"
 #include "TestDatabase.h"
 
@@ -13,8 +14,6 @@
 #include <QSqlQuery>
 
 #include <gtest/gtest.h>
-
-#include <sys/stat.h>
 
 namespace {
 
@@ -54,11 +53,7 @@ TEST_F(DailyBackupTest, TheFirstStartOfTheDayCopiesTheDatabaseAndLaterStartsDoNo
         h.GetConnection().executeBound("insert into movimenti (numero, serie) values ('1', '2026')");
     }
     EXPECT_EQ(rowsIn(todaysCopy()), 0);
-    struct stat info
-    {
-    };
-    ASSERT_EQ(::stat(QFile::encodeName(m_database.dataPath() + "backup").constData(), &info), 0);
-    EXPECT_EQ(info.st_mode & 0777, 0700u);
+    EXPECT_EQ(test::openToOthers(m_database.dataPath() + "backup"), QStringList());
     host::Host again(options());
     ASSERT_TRUE(again.Initialize());
     again.waitForDailyBackup();
@@ -81,11 +76,9 @@ TEST_F(DailyBackupTest, TheCopiesKeptAreThoseTheSettingSays)
     host::Host h(options());
     ASSERT_TRUE(h.Initialize());
     h.waitForDailyBackup();
-    const QStringList expected{
-        data::backupFileName(QDate::currentDate().addDays(-2), data::Engine::SQLite),
-        data::backupFileName(QDate::currentDate().addDays(-1), data::Engine::SQLite),
-        data::backupFileName(QDate::currentDate(), data::Engine::SQLite),
-    };
+    QStringList expected;
+    for (int days = 2; days >= 0; --days)
+        expected << data::backupFileName(QDate::currentDate().addDays(-days), data::Engine::SQLite);
     EXPECT_EQ(QDir(folder).entryList(QDir::Files, QDir::Name), expected);
 }
 
