@@ -12,6 +12,7 @@
 #include <QFile>
 #include <QGuiApplication>
 #include <QLoggingCategory>
+#include <QMap>
 #include <QRegularExpression>
 #include <QTimer>
 
@@ -106,46 +107,21 @@ TEST_P(MailTest, EachKindOfRefusalHasItsOwnText)
     const QString userRefused =
         "Mail NON inviata: il server di posta %1 ha rifiutato l'accesso dell'utente negozio; "
         "controllare utente e password (";
+    const MailServer::Options login{"negozio", "segreta", {}, MailServer::Tls::None};
+    const MailServer::Options refusesLuca{{}, {}, {kTo}, MailServer::Tls::None};
+    const QString needsLogin =
+        "Mail NON inviata: il server di posta %1 chiede l'accesso con utente e password "
+        "(impostazioni MAIL/Utente e MAIL/Password).";
+    const QString recipientRefused = "Mail NON inviata: il server di posta ha rifiutato il destinatario "
+                                     "luca@esempio.it (RCPT failed: 550).";
+    const QString unreachable = "Mail NON inviata: il server di posta %1 non è raggiungibile o non risponde "
+                                "(Failed to connect to 127.0.0.1 port %2";
     const Case cases[] = {
-        {"login accepted",
-         {"negozio", "segreta", {}, MailServer::Tls::None},
-         "negozio",
-         "segreta",
-         false,
-         "Mail inviata a luca@esempio.it",
-         "negozio"},
-        {"wrong password",
-         {"negozio", "segreta", {}, MailServer::Tls::None},
-         "negozio",
-         "sbagliata",
-         false,
-         userRefused,
-         nullptr},
-        {"no login given",
-         {"negozio", "segreta", {}, MailServer::Tls::None},
-         "",
-         "",
-         false,
-         "Mail NON inviata: il server di posta %1 chiede l'accesso con utente e password (impostazioni "
-         "MAIL/Utente e MAIL/Password).",
-         nullptr},
-        {"recipient refused",
-         {{}, {}, {kTo}, MailServer::Tls::None},
-         "",
-         "",
-         false,
-         "Mail NON inviata: il server di posta ha rifiutato il destinatario luca@esempio.it (RCPT failed: "
-         "550).",
-         nullptr},
-        {"nobody listening",
-         {},
-         "",
-         "",
-         true,
-         "Mail NON inviata: il server di posta %1 non è raggiungibile o non "
-         "risponde (Failed to connect to 127.0.0.1 port %2",
-         nullptr},
-    };
+        {"login accepted", login, "negozio", "segreta", false, "Mail inviata a luca@esempio.it", "negozio"},
+        {"wrong password", login, "negozio", "sbagliata", false, userRefused, nullptr},
+        {"no login given", login, "", "", false, needsLogin, nullptr},
+        {"recipient refused", refusesLuca, "", "", false, recipientRefused, nullptr},
+        {"nobody listening", {}, "", "", true, unreachable, nullptr}};
     // The test server is on loopback, where a plain login is harmless.
     setMail("PasswordInChiaro", "1");
     for (const Case& c : cases) {
@@ -334,18 +310,20 @@ TEST_P(MailTest, EveryOutcomeLeavesItsLineInTheLogAndThePasswordNowhere)
 
 XV_INSTANTIATE_ON_SQLITE(MailTest);
 
+// The settings as read from these values of the section's keys, every other key empty.
+host::MailSettings readMail(const QMap<QString, QString>& values)
+{
+    return host::MailSettings::read(
+        [&](const QString&, const QString& key, const QString&) { return values.value(key); });
+}
+
 TEST(MailSettingsTest, OnlyAPlainYesLetsThePasswordGoInTheClear)
 {
     const std::pair<const char*, bool> cases[] = {{"1", true},      {"sì", true}, {"SI", true},
                                                   {" true ", true}, {"", false},  {"0", false},
                                                   {"no", false},    {"2", false}, {"sii", false}};
-    for (const auto& [value, allowed] : cases) {
-        const host::MailSettings s =
-            host::MailSettings::read([&](const QString&, const QString& key, const QString&) {
-                return key == "PasswordInChiaro" ? QString(value) : QString();
-            });
-        EXPECT_EQ(s.plainPassword, allowed) << value;
-    }
+    for (const auto& [value, allowed] : cases)
+        EXPECT_EQ(readMail({{"PasswordInChiaro", value}}).plainPassword, allowed) << value;
 }
 
 TEST(MailSettingsTest, TheSecurityChosenGivesTheSchemeAndTheUsualPort)
@@ -367,12 +345,7 @@ TEST(MailSettingsTest, TheSecurityChosenGivesTheSchemeAndTheUsualPort)
     };
     for (const Case& c : cases) {
         const host::MailSettings s =
-            host::MailSettings::read([&](const QString&, const QString& key, const QString&) {
-                return key == "Server"      ? c.server
-                       : key == "Sicurezza" ? c.sicurezza
-                       : key == "Porta"     ? c.porta
-                                            : "";
-            });
+            readMail({{"Server", c.server}, {"Sicurezza", c.sicurezza}, {"Porta", c.porta}});
         EXPECT_EQ(s.security ? s.url() : QString(), c.url) << c.sicurezza;
         if (QString(c.sicurezza).contains("tls", Qt::CaseInsensitive)) {
             EXPECT_EQ(s.security == host::MailSecurity::StartTls, QString(c.sicurezza).contains("start"))

@@ -13,6 +13,9 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+#include <vector>
+
 namespace {
 
 using namespace xv;
@@ -91,57 +94,42 @@ TEST_P(PrintMailSettingsTest, TheTestPageAndTheTestMailGoWhereTheSettingsSay)
 
 XV_INSTANTIATE_ON_SQLITE(PrintMailSettingsTest);
 
-struct CheckCase
-{
-    const char* field;
-    const char* value;
-    const char* problem; // empty: the value is right
-};
-
 TEST(PrintMailSettingsCheck, RefusesBadPortsTimeoutsSecurityAndSenders)
 {
-    const CheckCase cases[] = {
-        {"port", "", ""},
-        {"port", "465", ""},
-        {"port", "65535", ""},
-        {"port", "0", "La porta \"0\" non è valida"},
-        {"port", "65536", "La porta \"65536\""},
-        {"port", "25a", "La porta \"25a\""},
-        {"port", "-25", "La porta \"-25\""},
-        {"connect", "", ""},
-        {"connect", "30", ""},
-        {"connect", "0", "Il tempo massimo di connessione \"0\""},
-        {"transfer", "1,5", "Il tempo massimo di invio \"1,5\""},
-        {"transfer", "-60", "Il tempo massimo di invio \"-60\""},
-        {"security", "SMTPS", ""},
-        {"security", "SSH", "La sicurezza \"SSH\""},
-        {"sender", "", ""},
-        {"sender", "negozio@esempio.it", ""},
-        {"sender", "negozio", "Il mittente \"negozio\" non è un indirizzo e-mail"},
-        {"sender", "negozio@esempio", "Il mittente"},
-        {"sender", "a b@esempio.it", "Il mittente"},
-    };
-    for (const CheckCase& c : cases) {
-        SCOPED_TRACE(std::string(c.field) + "=" + c.value);
-        PrintMailSettings s;
-        s.security = "nessuna";
-        const QString value = QString::fromUtf8(c.value);
-        const QString field = QString::fromLatin1(c.field);
-        if (field == "port")
-            s.port = value;
-        else if (field == "connect")
-            s.connectTimeout = value;
-        else if (field == "transfer")
-            s.transferTimeout = value;
-        else if (field == "security")
-            s.security = value;
-        else
-            s.sender = value;
-        const QString problem = host::printMailSettingsProblem(s);
-        if (*c.problem == '\0')
-            EXPECT_EQ(problem, "");
-        else
-            EXPECT_TRUE(problem.startsWith(QString::fromUtf8(c.problem))) << problem.toStdString();
+    // Each field's values, each with the start of the problem it is, empty when the value is right.
+    using Values = std::vector<std::pair<const char*, const char*>>;
+    const std::pair<QString PrintMailSettings::*, Values> fields[] = {
+        {&PrintMailSettings::port,
+         {{"", ""},
+          {"465", ""},
+          {"65535", ""},
+          {"0", "La porta \"0\" non è valida"},
+          {"65536", "La porta \"65536\""},
+          {"25a", "La porta \"25a\""},
+          {"-25", "La porta \"-25\""}}},
+        {&PrintMailSettings::connectTimeout,
+         {{"", ""}, {"30", ""}, {"0", "Il tempo massimo di connessione \"0\""}}},
+        {&PrintMailSettings::transferTimeout,
+         {{"1,5", "Il tempo massimo di invio \"1,5\""}, {"-60", "Il tempo massimo di invio \"-60\""}}},
+        {&PrintMailSettings::security, {{"SMTPS", ""}, {"SSH", "La sicurezza \"SSH\""}}},
+        {&PrintMailSettings::sender,
+         {{"", ""},
+          {"negozio@esempio.it", ""},
+          {"negozio", "Il mittente \"negozio\" non è un indirizzo e-mail"},
+          {"negozio@esempio", "Il mittente"},
+          {"a b@esempio.it", "Il mittente"}}}};
+    for (const auto& [field, values] : fields) {
+        for (const auto& [value, expected] : values) {
+            SCOPED_TRACE(std::string(value) + " -> " + expected);
+            PrintMailSettings s;
+            s.security = "nessuna";
+            s.*field = QString::fromUtf8(value);
+            const QString problem = host::printMailSettingsProblem(s);
+            if (*expected == '\0')
+                EXPECT_EQ(problem, "");
+            else
+                EXPECT_TRUE(problem.startsWith(QString::fromUtf8(expected))) << problem.toStdString();
+        }
     }
 }
 

@@ -138,6 +138,19 @@ protected:
         }
         return rows;
     }
+    // One article in stock, and every line of the order taking it in the given state.
+    void takeArticle(orders::OrderWrite& order, const char* state, const char* qta = nullptr)
+    {
+        if (scalar("select count(*) from med") == "0")
+            db().executeBound("insert into med (codice, descrizione, quantita_reale, quantita_disponibile) "
+                              "values ('BOM001', 'Bomboniera', 100, 90)");
+        for (QStringList& cells : order.grid.lines) {
+            cells[Col_StatoRiga] = state;
+            cells[Col_rowid_med] = scalar("select rowid from med");
+            if (qta)
+                cells[Col_qta] = qta;
+        }
+    }
     void savedElsewhere(const QString& numero)
     {
         test::addOrderLine(db(), numero, QDate::currentDate(), {{"Nominativo", "Altra postazione"}});
@@ -201,9 +214,6 @@ TEST_P(OrderSaveTest, ACounterThatCannotGiveANumberStopsTheSaveWithNothingWritte
 // where a saved line carries its own, and a saved order can have had every line replaced.
 TEST_P(OrderSaveTest, TheModeAloneSaysWhetherTheOrderIsNewWhateverItsFirstLineCarries)
 {
-    db().executeBound("insert into med (codice, descrizione, quantita_reale, quantita_disponibile) "
-                      "values ('BOM001', 'Bomboniera', 100, 90)");
-    const QString article = scalar("select rowid from med");
     const struct
     {
         WriteMode mode;
@@ -223,11 +233,7 @@ TEST_P(OrderSaveTest, TheModeAloneSaysWhetherTheOrderIsNewWhateverItsFirstLineCa
         db().executeBound("update numeratori set numero=7");
         db().executeBound("update med set quantita_reale=100, quantita_disponibile=90");
         orders::OrderWrite order = newOrder("8", 2);
-        for (QStringList& cells : order.grid.lines) {
-            cells[Col_StatoRiga] = c.state;
-            cells[Col_rowid_med] = article;
-            cells[Col_qta] = "3";
-        }
+        takeArticle(order, c.state, "3");
         order.grid.lines[0][Col_rowid] = c.firstKey;
         EXPECT_TRUE(orders::writeOrder(db(), c.mode, order, {}).done);
         EXPECT_EQ(scalar("select numero from numeratori").toInt(), c.counterAfter);
@@ -242,13 +248,8 @@ TEST_P(OrderSaveTest, TheModeAloneSaysWhetherTheOrderIsNewWhateverItsFirstLineCa
 // with (SaveSafetyTest).
 TEST_P(OrderSaveTest, AFailureAtAnyStatementOfAWriteLeavesEveryTableAsItWas)
 {
-    db().executeBound("insert into med (codice, descrizione, quantita_reale, quantita_disponibile) "
-                      "values ('BOM001', 'Bomboniera', 100, 90)");
     orders::OrderWrite order = newOrder("8", 3);
-    for (QStringList& cells : order.grid.lines) {
-        cells[Col_StatoRiga] = "RITIRATO";
-        cells[Col_rowid_med] = scalar("select rowid from med");
-    }
+    takeArticle(order, "RITIRATO");
     for (const WriteMode mode : {WriteMode::Save, WriteMode::Update, WriteMode::Delete}) {
         SCOPED_TRACE(static_cast<char>(mode));
         for (int n = 1;; ++n) {
@@ -320,13 +321,7 @@ TEST_P(OrderSaveTest, ASaveMadeAgainWithItsIdentityFindsItsEarlierWriteAndStores
     EXPECT_EQ(scalar("select numero from numeratori"), "9");
 
     // An update of a collected order, made again, gives its lines back to the stock once.
-    db().executeBound("insert into med (codice, descrizione, quantita_reale, quantita_disponibile) "
-                      "values ('BOM001', 'Bomboniera', 100, 90)");
-    for (QStringList& cells : order.grid.lines) {
-        cells[Col_StatoRiga] = "RITIRATO";
-        cells[Col_rowid_med] = scalar("select rowid from med");
-        cells[Col_qta] = "2";
-    }
+    takeArticle(order, "RITIRATO", "2");
     order.saveId = "prova-2";
     EXPECT_FALSE(orders::writeOrder(db(), WriteMode::Update, order, {}).repeated);
     EXPECT_TRUE(orders::writeOrder(db(), WriteMode::Update, order, {}).repeated);
