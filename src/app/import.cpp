@@ -2,6 +2,7 @@
 // xvelario-import: brings the catalogue, the customers, the suppliers or the agents in from the CSV a
 // spreadsheet writes, into the database the program itself opens.
 #include "data/Import.h"
+#include "app/ToolOutput.h"
 #include "common/PrivateFiles.h"
 #include "common/RuntimeError.h"
 #include "host/Host.h"
@@ -13,24 +14,15 @@
 
 #include <unistd.h>
 
+using xv::app::kExitFailure;
+using xv::app::kExitUsage;
+using xv::app::say;
+using xv::app::usageError;
+
 namespace {
 
-constexpr int kExitFailure = 1;
-constexpr int kExitUsage = 2;
 // More faults than this on a terminal are read by nobody: the count of the rest tells the size.
 constexpr int kFaultsShown = 100;
-
-void say(FILE* stream, const QString& message)
-{
-    std::fputs(qUtf8Printable(message), stream);
-    std::fflush(stream);
-}
-
-int usageError(const QString& message)
-{
-    say(stderr, QStringLiteral("xvelario-import: %1\nProvare --help.\n").arg(message));
-    return kExitUsage;
-}
 
 } // namespace
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // xvelario-makedb: builds a demonstration database, for trying the program and for measuring it on
 // large archives.
+#include "app/ToolOutput.h"
 #include "common/PrivateFiles.h"
 #include "common/RuntimeError.h"
 #include "data/Database.h"
@@ -15,22 +16,12 @@
 
 #include <cstdio>
 
+using xv::app::kExitFailure;
+using xv::app::kExitUsage;
+using xv::app::say;
+using xv::app::usageError;
+
 namespace {
-
-constexpr int kExitFailure = 1;
-constexpr int kExitUsage = 2;
-
-void say(FILE* stream, const QString& message)
-{
-    std::fputs(qUtf8Printable(message), stream);
-    std::fflush(stream);
-}
-
-int usageError(const QString& message)
-{
-    say(stderr, QStringLiteral("xvelario-makedb: %1\nProvare --help.\n").arg(message));
-    return kExitUsage;
-}
 
 bool readPositive(const QCommandLineParser& parser, const QCommandLineOption& option, qint64& value)
 {
