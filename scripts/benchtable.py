@@ -4,6 +4,9 @@
 
     benchtable.py [--markdown FILE] ROWS=FILE.json...
 
+When shops of more than one size were measured, a second table shows how each figure grows from one size
+to the next (the aim: at most 1.5 times).
+
 ROWS is the number of `movimenti` rows of the shop the file was measured on, "-" for benchmarks that use
 no shop. A benchmark is named "<operation>/<engine>[/...]"; its time is the median of the repetitions (or
 the mean of the runs when no aggregate was reported), its raw engine's time the counter "raw_ms" and the
@@ -134,6 +137,44 @@ def order(row):
             int(rows) if rows.isdigit() else 0)
 
 
+GROWTH_HEADER = ["operation", "engine", "from rows", "to rows", "from", "to", "growth"]
+GROWTH_LIMIT = 1.5
+
+
+def growth(table):
+    """How each timed figure grows from one shop size to the next larger one measured: one line per step."""
+    by_key = {}
+    for row in table:
+        if row["engine"] and row["rows"].isdigit() and row["ms"] is not None and not row["error"]:
+            by_key.setdefault((row["operation"], row["engine"]), []).append(row)
+    lines = []
+    for (operation, engine), rows in sorted(by_key.items(), key=lambda item: (item[0][0],
+                                                                              ENGINES.index(item[0][1]))):
+        rows.sort(key=lambda r: int(r["rows"]))
+        for small, large in zip(rows, rows[1:]):
+            factor = large["ms"] / small["ms"] if small["ms"] > 0 else None
+            verdict = DASH if factor is None else f"{factor:.2f}x" + (
+                "" if factor <= GROWTH_LIMIT else f" (over {GROWTH_LIMIT}x)")
+            lines.append([operation, engine, f"{int(small['rows']):,}".replace(",", "\u202f"),
+                          f"{int(large['rows']):,}".replace(",", "\u202f"), ms_text(small["ms"]),
+                          ms_text(large["ms"]), verdict])
+    return lines
+
+
+def print_table(header, lines, right_from, right_to):
+    widths = [max(len(line[i]) for line in [header] + lines) for i in range(len(header))]
+    for line in [header] + lines:
+        print("  ".join(c.rjust(w) if right_from <= i < right_to else c.ljust(w)
+                        for i, (c, w) in enumerate(zip(line, widths))).rstrip())
+
+
+def markdown_table(f, header, lines, right_from, right_to):
+    f.write("| " + " | ".join(header) + " |\n")
+    f.write("|" + "|".join("---:" if right_from <= i < right_to else "---" for i in range(len(header))) + "|\n")
+    for line in lines:
+        f.write("| " + " | ".join(c.replace("|", "\\|") for c in line) + " |\n")
+
+
 def main(argv):
     markdown = None
     inputs = []
@@ -147,17 +188,21 @@ def main(argv):
             print(__doc__, file=sys.stderr)
             return 2
     table = sorted((r for rows, path in inputs for r in results(rows, path)), key=order)
-    lines = [HEADER] + [cells(r) for r in table]
-    widths = [max(len(line[i]) for line in lines) for i in range(len(HEADER))]
-    for line in lines:
-        print("  ".join(c.ljust(w) if i < 3 or i == 6 else c.rjust(w)
-                        for i, (c, w) in enumerate(zip(line, widths))).rstrip())
+    lines = [cells(r) for r in table]
+    print_table(HEADER, lines, 3, 6)
+    steps = growth(table)
+    if steps:
+        print()
+        print(f"Growth with the shop (each figure against the same one on the next smaller shop measured; "
+              f"the aim is at most {GROWTH_LIMIT}x):")
+        print_table(GROWTH_HEADER, steps, 2, 7)
     if markdown:
         with open(markdown, "w", encoding="utf-8") as f:
-            f.write("| " + " | ".join(HEADER) + " |\n")
-            f.write("|" + "|".join(["---"] * 3 + ["---:"] * 3 + ["---"]) + "|\n")
-            for line in lines[1:]:
-                f.write("| " + " | ".join(c.replace("|", "\\|") for c in line) + " |\n")
+            markdown_table(f, HEADER, lines, 3, 6)
+            if steps:
+                f.write(f"\nGrowth with the shop, each figure against the same one on the next smaller shop "
+                        f"measured (the aim is at most {GROWTH_LIMIT}x):\n\n")
+                markdown_table(f, GROWTH_HEADER, steps, 2, 7)
     return 0
 
 

@@ -234,8 +234,40 @@ QStringList version5(Engine engine)
                 .arg(sqlType(Kind::Text, engine), sqlType(Kind::Date, engine))};
 }
 
+// A name or a ceremony that few orders carry is found on SQLite through an index of every three letters of
+// them (its full-text index, with the trigram tokenizer, which folds case in any alphabet): otherwise the
+// search walks the whole index of orders before it knows there are no more. The index reads the names
+// from the table itself and triggers keep it in step with every row written, whoever writes it; it is
+// filled here from the rows already there. PostgreSQL has its trigram indexes since version 4.
+QStringList version6(Engine engine)
+{
+    if (engine != Engine::SQLite)
+        return {};
+    return {
+        QStringLiteral("create virtual table %1 using fts5(Nominativo, attrib04, content='movimenti', "
+                       "content_rowid='rowid', tokenize='trigram')")
+            .arg(QLatin1String(kNameIndexTable)),
+        QStringLiteral("create trigger movimenti_nomi_inserimento after insert on movimenti begin "
+                       "insert into %1 (rowid, Nominativo, attrib04) "
+                       "values (new.rowid, new.Nominativo, new.attrib04); end")
+            .arg(QLatin1String(kNameIndexTable)),
+        QStringLiteral("create trigger movimenti_nomi_cancellazione after delete on movimenti begin "
+                       "insert into %1 (%1, rowid, Nominativo, attrib04) "
+                       "values ('delete', old.rowid, old.Nominativo, old.attrib04); end")
+            .arg(QLatin1String(kNameIndexTable)),
+        QStringLiteral(
+            "create trigger movimenti_nomi_modifica after update of Nominativo, attrib04 on movimenti "
+            "begin insert into %1 (%1, rowid, Nominativo, attrib04) "
+            "values ('delete', old.rowid, old.Nominativo, old.attrib04); "
+            "insert into %1 (rowid, Nominativo, attrib04) "
+            "values (new.rowid, new.Nominativo, new.attrib04); end")
+            .arg(QLatin1String(kNameIndexTable)),
+        QStringLiteral("insert into %1 (%1) values ('rebuild')").arg(QLatin1String(kNameIndexTable)),
+    };
+}
+
 using Migration = std::function<QStringList(Engine)>;
-const Migration kMigrations[] = {version1, version2, version3, version4, version5};
+const Migration kMigrations[] = {version1, version2, version3, version4, version5, version6};
 
 int typeCodeOfDeclared(const QString& declared)
 {

@@ -14,6 +14,10 @@ struct ColumnInfo
     int typeCode = 0;
 };
 
+// On SQLite, the full-text index of the customers' names and the ceremonies of `movimenti` (one entry per
+// row, under the row's rowid); PostgreSQL has none.
+inline constexpr const char* kNameIndexTable = "movimenti_nomi";
+
 // The columns of a table or view in their order, with the type codes the program acts on.
 QVector<ColumnInfo> tableColumns(Database& db, const QString& table);
 

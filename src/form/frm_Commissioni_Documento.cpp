@@ -120,8 +120,10 @@ void frm_Commissioni::showCustomer()
 void frm_Commissioni::Documento_Trova()
 {
     const auto chosen = host::listWindow().Search(
-        QStringLiteral("Trova Commissioni"), [kind = m_settings.tipomovimento](const QString& text, int limit) {
-            return orders::orderSearchSql(kind, text, limit);
+        QStringLiteral("Trova Commissioni"),
+        [kind = m_settings.tipomovimento](const QString& text, int limit) {
+            return orders::orderSearchSql(kind, text, limit,
+                                          orders::nameLookupFor(host::host().GetConnection(), text));
         });
     if (!chosen || chosen->size() <= orders::Search_documento)
         return;

@@ -82,7 +82,8 @@ orders::ChosenOrders chooseOrders(const orders::ModuleSettings& settings, const 
     if (orders::isOrderHeaderView(source))
         list.SelectFromPages(
             [state, kind = settings.tipomovimento](const QString& text, int limit) {
-                return orders::orderChoiceSql(kind, state, text, limit);
+                return orders::orderChoiceSql(kind, state, text, limit,
+                                              orders::nameLookupFor(host::host().GetConnection(), text));
             },
             1, caption, confirmed);
     else

@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "OrderSearch.h"
 
+#include "data/Database.h"
+#include "data/Schema.h"
 #include "data/SqlText.h"
+
+#include <QSqlQuery>
 
 #include <algorithm>
 
@@ -27,15 +31,49 @@ bool allDigits(const QString& text)
     return std::all_of(text.cbegin(), text.cend(), [](QChar c) { return c.isDigit(); });
 }
 
-QString filterCondition(const QString& filterText)
+// The text as one phrase of the full-text index's query language, which the trigram tokenizer reads as
+// every three letters of it in a row: a part of a name, whatever the characters typed.
+QString phrase(const QString& text)
+{
+    QString quoted = text;
+    quoted.replace(QLatin1Char('"'), QLatin1String("\"\""));
+    return QLatin1Char('"') + quoted + QLatin1Char('"');
+}
+
+bool usesNameIndex(const QString& filterText, NameLookup lookup)
+{
+    return lookup == NameLookup::NameIndex && !filterText.isEmpty() && !allDigits(filterText) &&
+           filterText.toUcs4().size() >= 3;
+}
+
+// The rows a text is sought in. Through the name index, those it finds (and those whose number is the text)
+// are the rows, and the table's own indexes are kept out of the way: SQLite would otherwise walk the
+// index of orders from the newest, testing each row against the few found.
+QString rowsSought(const QString& filterText, NameLookup lookup)
+{
+    return usesNameIndex(filterText, lookup) ? QStringLiteral(" from movimenti not indexed")
+                                             : QStringLiteral(" from movimenti");
+}
+
+QString filterCondition(const QString& filterText, NameLookup lookup)
 {
     if (filterText.isEmpty())
         return {};
     if (allDigits(filterText))
         return QStringLiteral(" and numero='") + sqlEscape(filterText) + QLatin1Char('\'');
-    const QString pattern = containing(filterText.toLower());
-    return QStringLiteral(" and (numero='") + sqlEscape(filterText) + QStringLiteral("' or lower(Nominativo) like ") +
-           pattern + QStringLiteral(" or lower(attrib04) like ") + pattern + QLatin1Char(')');
+    const QString lowered = filterText.toLower();
+    const QString pattern = containing(lowered);
+    // The index only narrows the rows: whether a row matches is still decided by the same comparison as
+    // without it, so both ways find the same orders.
+    const QString narrowed = usesNameIndex(filterText, lookup)
+                                 ? QStringLiteral(" and rowid in (select rowid from %1 where %1 match '%2' "
+                                                  "union all select rowid from movimenti where numero='%3')")
+                                       .arg(QLatin1String(data::kNameIndexTable), sqlEscape(phrase(lowered)),
+                                            sqlEscape(filterText))
+                                 : QString();
+    return narrowed + QStringLiteral(" and (numero='") + sqlEscape(filterText) +
+           QStringLiteral("' or lower(Nominativo) like ") + pattern +
+           QStringLiteral(" or lower(attrib04) like ") + pattern + QLatin1Char(')');
 }
 
 QString newestFirst(const QString& table)
@@ -46,13 +84,15 @@ QString newestFirst(const QString& table)
 
 // The keys of the newest orders whose rows meet the condition, at most limit of them, and when asked the
 // first of those rows as primo.
-QString newestKeys(const QString& orderKind, const QString& condition, int limit, bool withFirstRow = false)
+QString newestKeys(const QString& orderKind, const QString& rows, const QString& condition, int limit,
+                   bool withFirstRow = false)
 {
     return QStringLiteral("select documento, serie, numero") +
-           (withFirstRow ? QStringLiteral(", min(rowid) as primo") : QString()) +
-           QStringLiteral(" from movimenti "
-                          "where documento & '' in (select tipodocumento from numeratori where codtipodoc='") +
-           sqlEscape(orderKind) + QStringLiteral("')") + condition + QStringLiteral(" group by serie, length(numero), numero, documento") + newestFirst({}) +
+           (withFirstRow ? QStringLiteral(", min(rowid) as primo") : QString()) + rows +
+           QStringLiteral(
+               " where documento & '' in (select tipodocumento from numeratori where codtipodoc='") +
+           sqlEscape(orderKind) + QStringLiteral("')") + condition +
+           QStringLiteral(" group by serie, length(numero), numero, documento") + newestFirst({}) +
            QStringLiteral(" limit ") + QString::number(limit);
 }
 
@@ -72,15 +112,16 @@ QString rowsOf(const QString& alias)
 // through "& ''" on purpose: a plain comparison would lead SQLite into the index by document type, which
 // must then sort every order before the first one can be shown. A customer name or a ceremony is never
 // all digits, so such a text looks for the order number alone, straight through its index.
-QString orderSearchSql(const QString& orderKind, const QString& filterText, int limit)
+QString orderSearchSql(const QString& orderKind, const QString& filterText, int limit, NameLookup lookup)
 {
     // The first row and the total are looked up per key before the join, so that each engine reaches the
     // first row by its key instead of testing every row against a subquery.
     const QString firstRows =
         QStringLiteral("select k.documento as documento, k.serie as serie, k.numero as numero, "
-                       "(select min(f.rowid)") + rowsOf(QStringLiteral("f")) +
-        QStringLiteral(" as primo, (select sum(s.totale)") + rowsOf(QStringLiteral("s")) +
-        QStringLiteral(" as totale from (") + newestKeys(orderKind, filterCondition(filterText), limit) +
+                       "(select min(f.rowid)") +
+        rowsOf(QStringLiteral("f")) + QStringLiteral(" as primo, (select sum(s.totale)") +
+        rowsOf(QStringLiteral("s")) + QStringLiteral(" as totale from (") +
+        newestKeys(orderKind, rowsSought(filterText, lookup), filterCondition(filterText, lookup), limit) +
         QStringLiteral(") k");
     return QStringLiteral("select k.numero as numero, k.serie as serie, m.datadocumento as DataComm, "
                           "m.Nominativo as Nominativo, m.attrib04 as Cerimonia, m.attrib05 as DataCerimonia, "
@@ -96,17 +137,20 @@ QString orderSearchSql(const QString& orderKind, const QString& filterText, int 
 // both, so that its rows in either can still be moved. A condition on the first row of each order instead
 // would leave the engine unable to tell how far down the index a page ends, and PostgreSQL then sorts
 // every order in the state before showing the first.
-QString orderChoiceSql(const QString& orderKind, const QString& state, const QString& filterText, int limit)
+QString orderChoiceSql(const QString& orderKind, const QString& state, const QString& filterText, int limit,
+                       NameLookup lookup)
 {
-    QString condition = filterCondition(filterText);
+    QString condition = filterCondition(filterText, lookup);
     if (!state.isEmpty())
         condition += QStringLiteral(" and StatoRiga='") + sqlEscape(state) + QLatin1Char('\'');
     const QString firstRows =
-        QStringLiteral("select k.documento as documento, k.serie as serie, k.numero as numero, k.primo as primo, "
-                       "(select sum(s.totale)") + rowsOf(QStringLiteral("s")) +
-        QStringLiteral(" as totale, (select sum(a.prezzo2)") + rowsOf(QStringLiteral("a")) +
-        QStringLiteral(" as acconto, (select count(*)") + rowsOf(QStringLiteral("c")) +
-        QStringLiteral(" as righe from (") + newestKeys(orderKind, condition, limit, true) + QStringLiteral(") k");
+        QStringLiteral(
+            "select k.documento as documento, k.serie as serie, k.numero as numero, k.primo as primo, "
+            "(select sum(s.totale)") +
+        rowsOf(QStringLiteral("s")) + QStringLiteral(" as totale, (select sum(a.prezzo2)") +
+        rowsOf(QStringLiteral("a")) + QStringLiteral(" as acconto, (select count(*)") +
+        rowsOf(QStringLiteral("c")) + QStringLiteral(" as righe from (") +
+        newestKeys(orderKind, rowsSought(filterText, lookup), condition, limit, true) + QStringLiteral(") k");
     return QStringLiteral("select k.numero as numero, k.serie as serie, k.documento as documento, "
                           "m.datadocumento as DataComm, m.Nominativo as Nominativo, "
                           "m.codenominativo as codenominativo, m.rowid_controparti as rowid_controparti, "
@@ -118,6 +162,24 @@ QString orderChoiceSql(const QString& orderKind, const QString& state, const QSt
                           "k.righe as Righe from (") +
            firstRows + QStringLiteral(") k inner join movimenti m on m.rowid = k.primo") +
            newestFirst(QStringLiteral("k."));
+}
+
+QString nameIndexCountSql(const QString& filterText, int cap)
+{
+    return QStringLiteral("select count(*) from (select 1 from %1 where %1 match '%2' limit %3)")
+        .arg(QLatin1String(data::kNameIndexTable), sqlEscape(phrase(filterText.toLower())),
+             QString::number(cap));
+}
+
+// Counting stops at the cap, so the question costs little however common the text: the index hands its
+// rows over in rowid order, not in the list's, and sorting many thousands of them costs more than walking
+// the index of orders, where a common text fills a page within the newest orders.
+NameLookup nameLookupFor(data::Database& db, const QString& filterText, int fewRows)
+{
+    if (db.engine() != data::Engine::SQLite || !usesNameIndex(filterText, NameLookup::NameIndex))
+        return NameLookup::WalkOrders;
+    QSqlQuery count = db.executeBound(nameIndexCountSql(filterText, fewRows));
+    return count.next() && count.value(0).toInt() < fewRows ? NameLookup::NameIndex : NameLookup::WalkOrders;
 }
 
 } // namespace xv::orders

@@ -124,4 +124,57 @@ TEST_P(PlannerStatisticsTest, AfterABulkWriteThePlannerKnowsTheRowsOfTheTablesNa
 INSTANTIATE_TEST_SUITE_P(Engines, PlannerStatisticsTest, ::testing::Values(data::Engine::PostgreSQL),
                          test::engineName);
 
+// On SQLite the customers' names and the ceremonies have an index of their own, which must hold exactly
+// the rows of the table: after the upgrade of an archive that had none, and after every write since.
+class NameIndexTest : public test::SchemaTest
+{
+protected:
+    int found(const char* phrase)
+    {
+        return Recordset::open(db(),
+                               QStringLiteral("select count(*) from movimenti_nomi where movimenti_nomi "
+                                              "match '\"%1\"'")
+                                   .arg(QString::fromUtf8(phrase)))
+            .value(0)
+            .toInt();
+    }
+    // The index's own check against the table: it throws on any difference.
+    void expectInStep()
+    {
+        EXPECT_NO_THROW(db().executeBound("insert into movimenti_nomi (movimenti_nomi, rank) "
+                                          "values ('integrity-check', 1)"));
+    }
+};
+
+TEST_P(NameIndexTest, AnArchiveUpgradedFindsItsNamesAndTheIndexFollowsEveryWrite)
+{
+    db().executeBound(
+        "insert into movimenti (numero, serie, Nominativo, attrib04) values "
+        "('1', '2024', 'ÈRCOLI NICOLÒ', 'Matrimonio'), ('2', '2025', 'Rossi Maria', 'Cresima')");
+    // The archive as the version before the index left it.
+    db().executeBound("drop table movimenti_nomi");
+    for (const char* trigger : {"inserimento", "cancellazione", "modifica"})
+        db().executeBound(QStringLiteral("drop trigger movimenti_nomi_%1").arg(QLatin1String(trigger)));
+    db().executeBound("delete from versione_schema where versione = 6");
+
+    EXPECT_EQ(data::migrate(db()), 5);
+    EXPECT_EQ(found("èrcoli"), 1);
+    EXPECT_EQ(found("cresima"), 1);
+    expectInStep();
+
+    db().executeBound(
+        "insert into movimenti (numero, serie, Nominativo) values ('3', '2026', 'Quagliarella Zoë')");
+    db().executeBound("update movimenti set Nominativo = 'Verdi Carla' where numero = '2'");
+    db().executeBound("update movimenti set totale = 5 where numero = '1'");
+    db().executeBound("delete from movimenti where numero = '1'");
+    EXPECT_EQ(found("zoë"), 1);
+    EXPECT_EQ(found("rossi"), 0);
+    EXPECT_EQ(found("verdi"), 1);
+    EXPECT_EQ(found("èrcoli"), 0);
+    EXPECT_EQ(found("cresima"), 1) << "the ceremony of a row whose name changed";
+    expectInStep();
+}
+
+XV_INSTANTIATE_ON_SQLITE(NameIndexTest);
+
 } // namespace

@@ -51,6 +51,22 @@ protected:
 
     QStringList plan(const QString& filterText) { return planOf(orders::orderSearchSql("CO", filterText, 20)); }
 
+    // The orders a text finds, the same whichever way it is sought: walking the orders, and the way the
+    // database chooses for it (on SQLite, for a text of three letters or more, its name index).
+    int foundBothWays(const QString& typed)
+    {
+        const auto keys = [&](orders::NameLookup lookup) {
+            QStringList found;
+            for (Recordset page = Recordset::open(db(), orders::orderSearchSql("CO", typed, 20, lookup));
+                 !page.eof(); page.moveNext())
+                found << page.text("serie") + "/" + page.text("numero");
+            return found;
+        };
+        const QStringList walked = keys(orders::NameLookup::WalkOrders);
+        EXPECT_EQ(keys(orders::nameLookupFor(db(), typed)), walked) << typed.toStdString();
+        return static_cast<int>(walked.size());
+    }
+
     QStringList planOf(const QString& text)
     {
         const QString sql = data::rewriteSql(text, GetParam());
@@ -97,9 +113,38 @@ TEST_P(OrderSearchTest, APageHoldsTheNewestOrdersWithTheirTotalsAndATypedTextFin
     {
         const char* typed;
         int found;
-    } cases[] = {{"50%_\\", 6}, {"50%_x", 0}, {"GRECO", 6}, {"battes", 20}, {"1499", 1}, {"149", 1}};
+    } cases[] = {{"50%_\\", 6}, {"50%_x", 0}, {"GRECO", 6}, {"battes", 20}, {"1499", 1},
+                 {"149", 1},    {"o 5", 6},   {"a\"b", 0},  {"ss", 20},     {"'", 0}};
     for (const auto& c : cases)
-        EXPECT_EQ(Recordset::open(db(), orders::orderSearchSql("CO", c.typed, 20)).recordCount(), c.found) << c.typed;
+        EXPECT_EQ(foundBothWays(c.typed), c.found) << c.typed;
+}
+
+// A text that few rows carry is sought through the name index on SQLite, which answers at once wherever the
+// orders are in the archive; a common one walks the orders, where it fills a page among the newest.
+TEST_P(OrderSearchTest, AFewRowsTextIsSoughtThroughTheNameIndexAndACommonOneWalksTheOrders)
+{
+    using orders::NameLookup;
+    const bool sqlite = GetParam() == Engine::SQLite;
+    const struct
+    {
+        const char* typed;
+        NameLookup onSQLite;
+    } cases[] = {{"greco", NameLookup::NameIndex},
+                 {"rossi", NameLookup::WalkOrders},
+                 {"gr", NameLookup::WalkOrders},
+                 {"1499", NameLookup::WalkOrders},
+                 {"zzz", NameLookup::NameIndex}};
+    for (const auto& c : cases)
+        EXPECT_EQ(orders::nameLookupFor(db(), c.typed, 100), sqlite ? c.onSQLite : NameLookup::WalkOrders)
+            << c.typed;
+    if (!sqlite)
+        return;
+    const QString lines = planOf(orders::orderSearchSql("CO", "greco", 20, NameLookup::NameIndex)).join('\n');
+    EXPECT_TRUE(lines.contains("VIRTUAL TABLE")) << lines.toStdString();
+    EXPECT_FALSE(lines.contains("ix_movimenti_ordine")) << lines.toStdString();
+    const QString choice =
+        planOf(orders::orderChoiceSql("CO", "EMESSO", "greco", 20, NameLookup::NameIndex)).join('\n');
+    EXPECT_TRUE(choice.contains("VIRTUAL TABLE")) << choice.toStdString();
 }
 
 // A name with accents is found whatever the case it was typed or stored in, on an order of any year; an
@@ -115,10 +160,7 @@ TEST_P(OrderSearchTest, ANameWithAccentsIsFoundInAnyCaseOnOrdersOfAnyYear)
         int found;
     } cases[] = {{"èrcoli", 2}, {"ÈRCOLI", 2}, {"Nicolò", 2}, {"NICOLÒ", 2}, {"ercoli", 0}, {"ZOË", 1}};
     for (const auto& c : cases)
-        EXPECT_EQ(
-            Recordset::open(db(), orders::orderSearchSql("CO", QString::fromUtf8(c.typed), 20)).recordCount(),
-            c.found)
-            << c.typed;
+        EXPECT_EQ(foundBothWays(QString::fromUtf8(c.typed)), c.found) << c.typed;
 }
 
 // Every row of a recordset as its fields' texts, with the field names first.
