@@ -8,6 +8,7 @@
 #include <QVariantList>
 
 #include <memory>
+#include <string>
 
 namespace xv::bench {
 
@@ -34,6 +35,14 @@ public:
     // The order's rows deleted by its key.
     virtual void remove(const orders::OrderKey& key) = 0;
 };
+
+// An order's rows go in as the program writes them: up to this many to one insert, the statement for a full
+// batch prepared once.
+constexpr int kRowsPerInsert = 100;
+
+// "insert into movimenti (columns) values (...),(...)" for rows rows of columns values each; numbered asks
+// for PostgreSQL's $1, $2... instead of "?".
+std::string multiRowInsert(const std::string& columns, int columnCount, int rows, bool numbered);
 
 // The yardstick for the reading benchmarks: statements the program ran, captured as the engine got them
 // (native text and bound values), run again straight through the engine's C API, every value of every row

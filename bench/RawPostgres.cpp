@@ -4,6 +4,7 @@
 
 #include <libpq-fe.h>
 
+#include <algorithm>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -85,16 +86,15 @@ public:
                                    3, nullptr, params.values, nullptr, nullptr, 0),
                       "select");
         std::vector<int> kept;
-        std::string columns, placeholders;
+        std::string columns;
         for (int c = 0; c < PQnfields(select.get()); ++c) {
             const std::string name = PQfname(select.get(), c);
             if (name == "rowid")
                 continue;
             kept.push_back(c);
             columns += (columns.empty() ? "" : ",") + name;
-            placeholders += (placeholders.empty() ? "$" : ",$") + std::to_string(kept.size());
         }
-        m_insert = "insert into movimenti (" + columns + ") values (" + placeholders + ")";
+        m_columns = columns;
         for (int r = 0; r < PQntuples(select.get()); ++r) {
             std::vector<std::optional<std::string>> row;
             for (int c : kept)
@@ -219,17 +219,29 @@ private:
         if (m_rows.empty())
             return;
         const int n = static_cast<int>(m_rows.front().size());
-        Result(m_conn, PQprepare(m_conn, "", m_insert.c_str(), n, nullptr), "prepare");
-        std::vector<const char*> values(n);
-        for (const auto& row : m_rows) {
-            for (int c = 0; c < n; ++c)
-                values[c] = row[c] ? row[c]->c_str() : nullptr;
-            Result(m_conn, PQexecPrepared(m_conn, "", n, values.data(), nullptr, nullptr, 0), "insert");
+        int prepared = 0;
+        std::vector<const char*> values;
+        for (std::size_t start = 0; start < m_rows.size(); start += bench::kRowsPerInsert) {
+            const int count =
+                static_cast<int>(std::min<std::size_t>(bench::kRowsPerInsert, m_rows.size() - start));
+            if (count != prepared) {
+                const std::string sql = bench::multiRowInsert(m_columns, n, count, true);
+                Result(m_conn, PQprepare(m_conn, "", sql.c_str(), n * count, nullptr), "prepare");
+                prepared = count;
+            }
+            values.assign(static_cast<std::size_t>(n * count), nullptr);
+            for (int r = 0; r < count; ++r) {
+                const auto& row = m_rows[start + static_cast<std::size_t>(r)];
+                for (int c = 0; c < n; ++c)
+                    values[static_cast<std::size_t>(r * n + c)] = row[c] ? row[c]->c_str() : nullptr;
+            }
+            Result(m_conn, PQexecPrepared(m_conn, "", n * count, values.data(), nullptr, nullptr, 0),
+                   "insert");
         }
     }
 
     PGconn* m_conn;
-    std::string m_insert;
+    std::string m_columns;
     std::vector<std::vector<std::optional<std::string>>> m_rows;
 };
 
@@ -320,6 +332,27 @@ void runOnPostgresServer(const data::ConnectionConfig& config, const QString& sq
     PQfinish(conn);
     if (!ok)
         throw std::runtime_error(sql.toStdString() + ": " + error);
+}
+
+std::string multiRowInsert(const std::string& columns, int columnCount, int rows, bool numbered)
+{
+    std::string sql = "insert into movimenti (" + columns + ") values ";
+    int parameter = 0;
+    for (int r = 0; r < rows; ++r) {
+        sql += r == 0 ? "(" : ",(";
+        for (int c = 0; c < columnCount; ++c) {
+            if (c > 0)
+                sql += ',';
+            if (numbered) {
+                sql += '$';
+                sql += std::to_string(++parameter);
+            } else {
+                sql += '?';
+            }
+        }
+        sql += ")";
+    }
+    return sql;
 }
 
 } // namespace xv::bench

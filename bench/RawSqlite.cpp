@@ -8,6 +8,9 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+#include <map>
+
 #include <cstring>
 #include <stdexcept>
 #include <string>
@@ -85,16 +88,15 @@ public:
                                "order by rowid");
         select.bindKey(key);
         std::vector<int> kept;
-        std::string columns, placeholders;
+        std::string columns;
         for (int c = 0; c < sqlite3_column_count(select.get()); ++c) {
             const std::string name = sqlite3_column_name(select.get(), c);
             if (sqlite3_stricmp(name.c_str(), "rowid") == 0)
                 continue;
             kept.push_back(c);
             columns += (columns.empty() ? "" : ",") + name;
-            placeholders += placeholders.empty() ? "?" : ",?";
         }
-        m_insert = "insert into movimenti (" + columns + ") values (" + placeholders + ")";
+        m_columns = columns;
         while (select.step()) {
             std::vector<sqlite3_value*> row;
             for (int c : kept)
@@ -196,10 +198,22 @@ private:
 
     void insertRows()
     {
-        Statement insert(m_db, m_insert);
-        for (const auto& row : m_rows) {
-            for (size_t c = 0; c < row.size(); ++c)
-                sqlite3_bind_value(insert.get(), static_cast<int>(c) + 1, row[c]);
+        if (m_rows.empty())
+            return;
+        const int n = static_cast<int>(m_rows.front().size());
+        std::map<int, Statement> inserts;
+        for (std::size_t start = 0; start < m_rows.size(); start += bench::kRowsPerInsert) {
+            const int count =
+                static_cast<int>(std::min<std::size_t>(bench::kRowsPerInsert, m_rows.size() - start));
+            auto found = inserts.find(count);
+            if (found == inserts.end())
+                found =
+                    inserts.try_emplace(count, m_db, bench::multiRowInsert(m_columns, n, count, false)).first;
+            Statement& insert = found->second;
+            for (int r = 0; r < count; ++r) {
+                for (int c = 0; c < n; ++c)
+                    sqlite3_bind_value(insert.get(), r * n + c + 1, m_rows[start + r][c]);
+            }
             insert.step();
             insert.reset();
         }
@@ -215,7 +229,7 @@ private:
     }
 
     sqlite3* m_db = nullptr;
-    std::string m_insert;
+    std::string m_columns;
     std::vector<std::vector<sqlite3_value*>> m_rows;
 };
 

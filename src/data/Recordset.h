@@ -60,6 +60,12 @@ public:
     void setMoney(const QString& name, common::Money amount);
     void update();
     void cancelUpdate();
+    // From now on, records added are kept and written several to a statement (one round trip for many
+    // rows on a server), when a statement's worth has gathered and at writeAddedRecords(); until then they
+    // are not in the table, and their keys are never read back. For writers of many rows that need none of
+    // them back, in a transaction that then calls writeAddedRecords() before it commits.
+    void gatherAddedRecords();
+    void writeAddedRecords();
     QString table() const { return m_table; }
     int typeCode(const QString& name) const;
 
@@ -87,6 +93,11 @@ private:
     // its text once.
     QVector<bool> m_insertFields;
     QString m_insertSql;
+    // Records added and not yet written, while gathering: their columns' values one after the other.
+    bool m_gathering = false;
+    int m_gathered = 0;
+    QVariantList m_gatheredValues;
+    QStringList m_gatheredColumns;
 };
 
 // Helpers shared by the readers of a recordset and of stored values.

@@ -247,6 +247,9 @@ WriteResult writeOrder(data::Database& db, WriteMode mode, OrderWrite& order,
     }
     const bool newOrder = mode == WriteMode::Save && !result.repeated;
     data::Recordset movimenti = data::Recordset::openTable(db, QStringLiteral("movimenti"));
+    // The lines go to the table many to a statement: a server then answers ten times for a thousand lines,
+    // not a thousand. Nothing here reads their keys back; the order is read again once it is stored.
+    movimenti.gatherAddedRecords();
 
     if (newOrder)
         db.execute(advanceCounterSql(order.idnumeratore));
@@ -284,6 +287,8 @@ WriteResult writeOrder(data::Database& db, WriteMode mode, OrderWrite& order,
         if (!result.repeated)
             adjustStock(db, order.grid, cells, newOrder);
     }
+
+    movimenti.writeAddedRecords();
 
     if (mode == WriteMode::Delete) {
         if (!confirmDelete || !confirmDelete())

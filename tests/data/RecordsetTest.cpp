@@ -77,6 +77,41 @@ TEST_P(RecordsetTest, AFieldSetByItsPositionIsWrittenAsByName)
     EXPECT_THROW(readOnly.setValue(0, "x"), common::RuntimeError);
 }
 
+// Records gathered go in many to a statement: all of them, in their order, with their values, and the same
+// once more records than a statement holds were added with other fields among them.
+TEST_P(RecordsetTest, GatheredRecordsAreWrittenManyToAStatementEachWithItsValues)
+{
+    Recordset table = Recordset::openTable(db(), "movimenti");
+    table.gatherAddedRecords();
+    const qint64 before = db().statementCount();
+    for (int i = 0; i < 250; ++i) {
+        table.addNew();
+        table.setValue("numero", QString::number(i));
+        table.setValue("qta", i * 1.5);
+        if (i >= 240) // other fields: the records gathered until then are written first
+            table.setValue("Nominativo", QStringLiteral("Rossi %1").arg(i));
+        table.update();
+    }
+    EXPECT_EQ(db().statementCount() - before, 3) << "100, 100, then the 40 without a name";
+    EXPECT_EQ(Recordset::open(db(), "select count(*) from movimenti").value(0).toInt(), 240)
+        << "the 10 with a name still gathered";
+    const qint64 written = db().statementCount();
+    table.writeAddedRecords();
+    table.writeAddedRecords(); // nothing left: no statement
+    EXPECT_EQ(db().statementCount() - written, 1);
+
+    QStringList rows;
+    for (Recordset all =
+             Recordset::open(db(), "select numero, qta, Nominativo from movimenti order by rowid");
+         !all.eof(); all.moveNext())
+        rows << all.text("numero") + "|" + QString::number(all.number("qta")) + "|" + all.text("Nominativo");
+    ASSERT_EQ(rows.size(), 250);
+    EXPECT_EQ(rows[0], "0|0|");
+    EXPECT_EQ(rows[101], "101|151.5|");
+    EXPECT_EQ(rows[239], "239|358.5|");
+    EXPECT_EQ(rows[249], "249|373.5|Rossi 249");
+}
+
 XV_INSTANTIATE_FOR_ENGINES(RecordsetTest);
 
 } // namespace
