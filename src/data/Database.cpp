@@ -5,6 +5,7 @@
 #include "common/Money.h"
 #include "common/RuntimeError.h"
 #include "data/NativeHandle.h"
+#include "data/PostgresRead.h"
 #include "data/TypeCodes.h"
 
 #include <QAtomicInteger>
@@ -268,26 +269,32 @@ QSqlQuery Database::execute(const QString& suiteSql)
     return prepareAndRun(rewriteSql(suiteSql, m_config.engine), {});
 }
 
+namespace {
+
+// What a statement run through the driver gave, as a read gives it.
+ReadRows rowsOf(QSqlQuery& query)
+{
+    ReadRows out;
+    const QSqlRecord record = query.record();
+    const int count = record.count();
+    for (int i = 0; i < count; ++i) {
+        const QSqlField field = record.field(i);
+        out.names << field.name();
+        out.types << field.metaType();
+    }
+    while (query.next()) {
+        QVector<QVariant> row(count);
+        for (int i = 0; i < count; ++i)
+            row[i] = query.value(i);
+        out.rows.push_back(std::move(row));
+    }
+    return out;
+}
+
+} // namespace
+
 ReadRows Database::read(const QString& suiteSql)
 {
-    if (m_config.engine != Engine::SQLite) {
-        QSqlQuery query = execute(suiteSql);
-        ReadRows out;
-        const QSqlRecord record = query.record();
-        const int count = record.count();
-        for (int i = 0; i < count; ++i) {
-            const QSqlField field = record.field(i);
-            out.names << field.name();
-            out.types << field.metaType();
-        }
-        while (query.next()) {
-            QVector<QVariant> row(count);
-            for (int i = 0; i < count; ++i)
-                row[i] = query.value(i);
-            out.rows.push_back(std::move(row));
-        }
-        return out;
-    }
     const QString nativeSql = rewriteSql(suiteSql, m_config.engine);
     countStatement(nativeSql);
     reopenIfLost(nativeSql);
@@ -295,9 +302,19 @@ ReadRows Database::read(const QString& suiteSql)
         m_log(nativeSql, {});
     ReadRows out;
     QSqlError error;
-    if (!readSqliteRows(handle(), nativeSql, out, error))
+    const bool read = m_config.engine == Engine::SQLite ? readSqliteRows(handle(), nativeSql, out, error)
+                                                        : readPostgresRows(handle(), nativeSql, out, error);
+    if (read)
+        return out;
+    if (error.isValid())
         failOn(error, nativeSql);
-    return out;
+    // Another statement's rows are still coming on this connection: the driver discards them first.
+    QSqlQuery query(handle());
+    query.setForwardOnly(true);
+    query.setNumericalPrecisionPolicy(QSql::HighPrecision);
+    if (!query.exec(nativeSql))
+        failOn(query.lastError(), nativeSql);
+    return rowsOf(query);
 }
 
 QSqlQuery Database::executeBound(const QString& nativeSql, const QVariantList& values)
