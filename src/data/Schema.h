@@ -24,10 +24,11 @@ QVector<ColumnInfo> tableColumns(Database& db, const QString& table);
 // Brings the database to the newest schema; returns the version it was at before (0 for a new one).
 int migrate(Database& db);
 
-// After rows are written in bulk (a demo shop, an import, a restore): the server's planner gets the tables'
-// figures now instead of when autovacuum next comes by; until then it plans for the empty tables it last
-// saw, and opening an order costs several times what it should. The tables named, or all of them. SQLite
-// plans well without figures, and the program's queries are written for that, so there it does nothing.
+// After rows are written in bulk (a demo shop, an import, a restore): the engine's planner gets the tables'
+// figures now. PostgreSQL would otherwise plan for the empty tables it last saw until autovacuum next comes
+// by, and opening an order costs several times what it should; SQLite, without figures, guesses at every
+// join, and the article panel's agents (a query the shop may write itself) then walks every movement of the
+// article instead of its few suppliers. The tables named, or all of them.
 void refreshPlannerStatistics(Database& db, const QStringList& tables = {});
 int schemaVersion(Database& db);
 int latestSchemaVersion();
