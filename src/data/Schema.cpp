@@ -263,11 +263,10 @@ QStringList version6(Engine engine)
             "values (new.rowid, new.Nominativo, new.attrib04); end")
             .arg(QLatin1String(kNameIndexTable)),
         QStringLiteral("insert into %1 (%1) values ('rebuild')").arg(QLatin1String(kNameIndexTable)),
-        // The tables' figures, once, for an archive that has rows (empty tables get none): the planner then
-        // finds the article panel's agents through the article's few suppliers.
-        QStringLiteral("analyze"),
     };
 }
+
+constexpr int kFirstVersionWithFigures = 6;
 
 using Migration = std::function<QStringList(Engine)>;
 const Migration kMigrations[] = {version1, version2, version3, version4, version5, version6};
@@ -438,6 +437,11 @@ int migrate(Database& db)
         db.execute(QStringLiteral("insert into versione_schema (versione, applicata) values (%1, now)")
                        .arg(version));
     }
+    // An archive that had rows before the version that first gave SQLite the tables' figures gets them
+    // once, so that the planner finds the article panel's agents through the article's few suppliers. A new
+    // database gets none: figures of empty tables would mislead the planner as the shop grows.
+    if (db.engine() == Engine::SQLite && before >= 1 && before < kFirstVersionWithFigures)
+        refreshPlannerStatistics(db);
     transaction.commit();
     return before;
 }

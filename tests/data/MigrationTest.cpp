@@ -168,6 +168,10 @@ TEST_P(NameIndexTest, AnArchiveUpgradedFindsItsNamesAndTheIndexFollowsEveryWrite
     db().executeBound("delete from versione_schema where versione = 6");
 
     EXPECT_EQ(data::migrate(db()), 5);
+    EXPECT_GT(
+        Recordset::open(db(), "select count(*) from sqlite_stat1 where tbl = 'movimenti'").value(0).toInt(),
+        0)
+        << "an archive with rows gets the tables' figures once";
     EXPECT_EQ(found("èrcoli"), 1);
     EXPECT_EQ(found("cresima"), 1);
     expectInStep();
