@@ -121,9 +121,10 @@ void frm_Commissioni::Documento_Trova()
 {
     const auto chosen = host::listWindow().Search(
         QStringLiteral("Trova Commissioni"),
-        [kind = m_settings.tipomovimento](const QString& text, int limit) {
+        [kind = m_settings.tipomovimento](const QString& text, int limit, const QVariantList& after) {
             return orders::orderSearchSql(kind, text, limit,
-                                          orders::nameLookupFor(host::host().GetConnection(), text));
+                                          orders::nameLookupFor(host::host().GetConnection(), text),
+                                          orders::searchRowKey(after));
         });
     if (!chosen || chosen->size() <= orders::Search_documento)
         return;

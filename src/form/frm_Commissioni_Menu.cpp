@@ -81,9 +81,11 @@ orders::ChosenOrders chooseOrders(const orders::ModuleSettings& settings, const 
     // The orders offered are those of the kind the change of state and the slips then take.
     if (orders::isOrderHeaderView(source))
         list.SelectFromPages(
-            [state, kind = settings.tipomovimento](const QString& text, int limit) {
+            [state, kind = settings.tipomovimento](const QString& text, int limit,
+                                                   const QVariantList& after) {
                 return orders::orderChoiceSql(kind, state, text, limit,
-                                              orders::nameLookupFor(host::host().GetConnection(), text));
+                                              orders::nameLookupFor(host::host().GetConnection(), text),
+                                              orders::choiceRowKey(after));
             },
             1, caption, confirmed);
     else

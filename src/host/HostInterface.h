@@ -213,8 +213,9 @@ public:
     virtual void SelectFromList(const QString& source, int mode, const QString& caption, bool& confirmed) = 0;
     virtual Recordset GetSelectedRows() = 0;
     // An SQL text of the rows to search among: those matching a filter text (all for an empty one),
-    // newest first, at most limit of them.
-    using SearchSql = std::function<QString(const QString& filterText, int limit)>;
+    // newest first, at most limit of them; when after holds a row of an earlier page (its values as
+    // read), the rows that follow it.
+    using SearchSql = std::function<QString(const QString& filterText, int limit, const QVariantList& after)>;
     // SelectFromList over rows read a page at a time (a filter text typed is looked up through sqlFor too),
     // for sources too large to be read whole.
     virtual void SelectFromPages(const SearchSql& sqlFor, int mode, const QString& caption, bool& confirmed) = 0;

@@ -146,7 +146,7 @@ ListDialog::ListDialog(ListRequest request, const Recordset& rows, QWidget* pare
 
     if (m_request.page && m_request.pageSize > 0) {
         m_model->setFetcher([this] { return canFetchMore(); }, [this] { fetchMore(); });
-        rememberFetched({}, static_cast<int>(m_original.size()), m_request.pageSize);
+        rememberFetched({}, m_original, m_request.pageSize);
         m_originalMore = m_moreToFetch;
     }
     setRows(m_original, false);
@@ -209,39 +209,41 @@ void ListDialog::runSearch()
     if (text.isEmpty()) {
         if (m_extended)
             setRows(m_original, false);
-        rememberFetched({}, static_cast<int>(m_original.size()), 0);
+        rememberFetched({}, m_original, 0);
         m_moreToFetch = m_originalMore;
         return;
     }
     try {
         const Recordset found = m_request.search(text);
+        const QVector<QVector<QVariant>> foundRows = rowValues(found);
         QVector<QVector<QVariant>> rows = m_original;
         if (found.fieldCount() == m_fields.size()) {
             QSet<QString> seen;
             for (const auto& row : m_original)
                 seen.insert(rowKey(row));
-            for (auto& row : rowValues(found)) {
+            for (const auto& row : foundRows) {
                 QString key = rowKey(row);
                 if (!seen.contains(key)) {
                     seen.insert(std::move(key));
-                    rows.push_back(std::move(row));
+                    rows.push_back(row);
                 }
             }
         }
         const bool added = rows.size() > m_original.size();
         if (added || m_extended)
             setRows(rows, added);
-        rememberFetched(text, found.recordCount(), m_request.pageSize);
+        rememberFetched(text, foundRows, m_request.pageSize);
     } catch (...) {
         reportCaught(QStringLiteral("ListDialog.Cerca"), m_request.caption);
     }
 }
 
-void ListDialog::rememberFetched(const QString& text, int count, int asked)
+void ListDialog::rememberFetched(const QString& text, const QVector<QVector<QVariant>>& read, int asked)
 {
     m_fetchText = text;
-    m_fetched = count;
-    m_moreToFetch = m_request.page && m_request.pageSize > 0 && count >= asked;
+    // The next page starts after the last row read, found again by its values whatever the rows shown.
+    m_lastFetched = read.isEmpty() ? QVariantList() : QVariantList(read.last().cbegin(), read.last().cend());
+    m_moreToFetch = m_request.page && m_request.pageSize > 0 && read.size() >= asked;
 }
 
 bool ListDialog::canFetchMore() const
@@ -254,23 +256,22 @@ void ListDialog::fetchMore()
 {
     if (!canFetchMore())
         return;
-    const int before = m_fetched;
-    const int asked = before + m_request.pageSize;
     try {
-        const Recordset found = m_request.page(m_fetchText, asked);
+        // Only the next page is read, not every row down to its end again.
+        const Recordset found = m_request.page(m_fetchText, m_request.pageSize, m_lastFetched);
         const QVector<QVector<QVariant>> values = rowValues(found);
-        rememberFetched(m_fetchText, static_cast<int>(values.size()), asked);
+        rememberFetched(m_fetchText, values, m_request.pageSize);
         if (found.fieldCount() != m_fields.size())
             return;
         QSet<QString> seen;
         for (const auto& row : m_rows)
             seen.insert(rowKey(row));
         QVector<QVector<QVariant>> added;
-        for (qsizetype row = before; row < values.size(); ++row) {
-            QString key = rowKey(values[row]);
+        for (const auto& row : values) {
+            QString key = rowKey(row);
             if (!seen.contains(key)) {
                 seen.insert(std::move(key));
-                added.push_back(values[row]);
+                added.push_back(row);
             }
         }
         if (m_fetchText.isEmpty()) {

@@ -187,7 +187,7 @@ Recordset ListWindow::GetSelectedRows()
 std::optional<Recordset> ListWindow::choosePaged(ListRequest request, const SearchSql& sqlFor)
 {
     m_selected = Recordset();
-    request.sql = sqlFor({}, m_searchLimit);
+    request.sql = sqlFor({}, m_searchLimit, {});
     request.printable = true;
     const Recordset rows = host().OpenRecordset(request.sql);
     m_selected = Recordset::fromRows(fieldNames(rows), {});
@@ -195,12 +195,12 @@ std::optional<Recordset> ListWindow::choosePaged(ListRequest request, const Sear
     if (rows.recordCount() >= m_searchLimit) {
         request.note = QStringLiteral("(ultime %1, altre scorrendo: usare Cerca)").arg(m_searchLimit);
         request.search = [sqlFor, limit = m_searchLimit](const QString& text) {
-            return host().OpenRecordset(sqlFor(text, limit));
+            return host().OpenRecordset(sqlFor(text, limit, {}));
         };
         // Each page reads only the orders it shows, so the database is asked as the operator types.
         request.searchPauseMs = 0;
-        request.page = [sqlFor](const QString& text, int count) {
-            return host().OpenRecordset(sqlFor(text, count));
+        request.page = [sqlFor](const QString& text, int count, const QVariantList& after) {
+            return host().OpenRecordset(sqlFor(text, count, after));
         };
         request.pageSize = m_searchLimit;
     }

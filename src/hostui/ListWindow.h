@@ -50,10 +50,10 @@ struct ListRequest
     std::function<Recordset(const QString& filterText)> search;
     // How long a pause in typing must be before search runs: none for a search that answers at once.
     int searchPauseMs = 250;
-    // When set, the rows come a page at a time: this gives the first count rows for a filter text (for an
-    // empty one, those first given), newest first, and the list asks again when the operator scrolls to
-    // its end.
-    std::function<Recordset(const QString& filterText, int count)> page;
+    // When set, the rows come a page at a time: this gives the count rows that follow the row after (its
+    // values as read) for a filter text (for an empty one, those first given), newest first, and the list
+    // asks again when the operator scrolls to its end.
+    std::function<Recordset(const QString& filterText, int count, const QVariantList& after)> page;
     int pageSize = 0;
 };
 
@@ -146,7 +146,7 @@ private:
     void runSearch();
     bool canFetchMore() const;
     void fetchMore();
-    void rememberFetched(const QString& text, int count, int asked);
+    void rememberFetched(const QString& text, const QVector<QVector<QVariant>>& read, int asked);
     void followSelection(const QItemSelection& selected, const QItemSelection& deselected);
     void keepARowHighlighted();
     void refreshState();
@@ -166,7 +166,7 @@ private:
     bool m_originalMore = false;
     // Which filter text the rows read a page at a time belong to, how many came, whether more may follow.
     QString m_fetchText;
-    int m_fetched = 0;
+    QVariantList m_lastFetched;
     bool m_moreToFetch = false;
     QVector<int> m_selectionOrder;
 

@@ -84,6 +84,16 @@ QString newestFirst(const QString& table)
 
 // The keys of the newest orders whose rows meet the condition, at most limit of them, and when asked the
 // first of those rows as primo.
+// The orders that follow the given one in the list's order: the index walked from just past it.
+QString following(const std::optional<OrderKey>& after)
+{
+    if (!after)
+        return {};
+    return QStringLiteral(" and (serie, length(numero), numero, documento) < ('%1', %2, '%3', '%4')")
+        .arg(sqlEscape(after->serie), QString::number(after->numero.size()), sqlEscape(after->numero),
+             sqlEscape(after->documento));
+}
+
 QString newestKeys(const QString& orderKind, const QString& rows, const QString& condition, int limit,
                    bool withFirstRow = false)
 {
@@ -112,7 +122,8 @@ QString rowsOf(const QString& alias)
 // through "& ''" on purpose: a plain comparison would lead SQLite into the index by document type, which
 // must then sort every order before the first one can be shown. A customer name or a ceremony is never
 // all digits, so such a text looks for the order number alone, straight through its index.
-QString orderSearchSql(const QString& orderKind, const QString& filterText, int limit, NameLookup lookup)
+QString orderSearchSql(const QString& orderKind, const QString& filterText, int limit, NameLookup lookup,
+                       const std::optional<OrderKey>& after)
 {
     // The first row and the total are looked up per key before the join, so that each engine reaches the
     // first row by its key instead of testing every row against a subquery.
@@ -121,7 +132,8 @@ QString orderSearchSql(const QString& orderKind, const QString& filterText, int 
                        "(select min(f.rowid)") +
         rowsOf(QStringLiteral("f")) + QStringLiteral(" as primo, (select sum(s.totale)") +
         rowsOf(QStringLiteral("s")) + QStringLiteral(" as totale from (") +
-        newestKeys(orderKind, rowsSought(filterText, lookup), filterCondition(filterText, lookup), limit) +
+        newestKeys(orderKind, rowsSought(filterText, lookup),
+                   filterCondition(filterText, lookup) + following(after), limit) +
         QStringLiteral(") k");
     return QStringLiteral("select k.numero as numero, k.serie as serie, m.datadocumento as DataComm, "
                           "m.Nominativo as Nominativo, m.attrib04 as Cerimonia, m.attrib05 as DataCerimonia, "
@@ -138,9 +150,9 @@ QString orderSearchSql(const QString& orderKind, const QString& filterText, int 
 // would leave the engine unable to tell how far down the index a page ends, and PostgreSQL then sorts
 // every order in the state before showing the first.
 QString orderChoiceSql(const QString& orderKind, const QString& state, const QString& filterText, int limit,
-                       NameLookup lookup)
+                       NameLookup lookup, const std::optional<OrderKey>& after)
 {
-    QString condition = filterCondition(filterText, lookup);
+    QString condition = filterCondition(filterText, lookup) + following(after);
     if (!state.isEmpty())
         condition += QStringLiteral(" and StatoRiga='") + sqlEscape(state) + QLatin1Char('\'');
     const QString firstRows =
@@ -180,6 +192,28 @@ NameLookup nameLookupFor(data::Database& db, const QString& filterText, int fewR
         return NameLookup::WalkOrders;
     QSqlQuery count = db.executeBound(nameIndexCountSql(filterText, fewRows));
     return count.next() && count.value(0).toInt() < fewRows ? NameLookup::NameIndex : NameLookup::WalkOrders;
+}
+
+namespace {
+
+std::optional<OrderKey> keyAt(const QVariantList& row, int numero, int serie, int documento)
+{
+    if (row.size() <= std::max({numero, serie, documento}))
+        return std::nullopt;
+    return OrderKey{row.at(documento).toString(), row.at(numero).toString(), row.at(serie).toString()};
+}
+
+} // namespace
+
+std::optional<OrderKey> searchRowKey(const QVariantList& row)
+{
+    return keyAt(row, Search_numero, Search_serie, Search_documento);
+}
+
+std::optional<OrderKey> choiceRowKey(const QVariantList& row)
+{
+    // numero, serie, documento lead every row of the choice list.
+    return keyAt(row, 0, 1, 2);
 }
 
 } // namespace xv::orders

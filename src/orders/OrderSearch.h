@@ -1,7 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "orders/Order.h"
+
 #include <QString>
+#include <QVariantList>
+
+#include <optional>
 
 namespace xv::data {
 class Database;
@@ -28,16 +33,22 @@ QString nameIndexCountSql(const QString& filterText, int cap);
 // recognises an order by, then its document type, so that the chosen row names exactly one order.
 // A filter text matches the number exactly or a part of the customer's name. The orders are the documents
 // the order counters of orderKind (the module's tipomovimento) hand out, as the change of state takes them.
+// With after, the orders that follow that one in the list: the next page, read without the ones before it.
 QString orderSearchSql(const QString& orderKind, const QString& filterText, int limit,
-                       NameLookup lookup = NameLookup::WalkOrders);
+                       NameLookup lookup = NameLookup::WalkOrders, const std::optional<OrderKey>& after = {});
 
 // The orders in a state (any state for an empty one) with the order-header view's columns, newest first,
 // at most limit of them; a filter text matches as in the search window. What the windows that choose
 // orders in bulk read a page at a time, instead of the whole view.
 QString orderChoiceSql(const QString& orderKind, const QString& state, const QString& filterText, int limit,
-                       NameLookup lookup = NameLookup::WalkOrders);
+                       NameLookup lookup = NameLookup::WalkOrders, const std::optional<OrderKey>& after = {});
 
 // Positions of the search window's columns in the chosen row.
 enum SearchColumn { Search_numero = 0, Search_serie = 1, Search_documento = 9 };
+
+// The order a row of the search window's list, or of the list that chooses orders in bulk, names (its values
+// as read); nothing for a row too short to be one.
+std::optional<OrderKey> searchRowKey(const QVariantList& row);
+std::optional<OrderKey> choiceRowKey(const QVariantList& row);
 
 } // namespace xv::orders

@@ -27,9 +27,10 @@
 
 namespace {
 
-QString searchOrders(const QString& text, int limit)
+QString searchOrders(const QString& text, int limit, const QVariantList& after)
 {
-    return xv::orders::orderSearchSql("CO", text, limit);
+    return xv::orders::orderSearchSql("CO", text, limit, xv::orders::NameLookup::WalkOrders,
+                                      xv::orders::searchRowKey(after));
 }
 
 using namespace xv;
@@ -193,9 +194,13 @@ TEST_P(ListWindowTest, TheRealSearchWindowReadsAPageAtATimeAsTheListScrollsAndAs
     db().execute("update movimenti set attrib04='Cresima' where Nominativo='Verdi Carla'");
     hostui::ListWindow window(2);
     QStringList counts;
-    const host::IListWindow::SearchSql counted = [&counts](const QString& text, int limit) {
-        counts << text + ":" + QString::number(limit);
-        return orders::orderSearchSql("CO", text, limit);
+    const host::IListWindow::SearchSql counted = [&counts](const QString& text, int limit,
+                                                           const QVariantList& after) {
+        counts << text + ":" + QString::number(limit) +
+                      (after.isEmpty()
+                           ? ""
+                           : " after " + after.value(0).toString() + "/" + after.value(1).toString());
+        return searchOrders(text, limit, after);
     };
     QString problem;
     driveModalList(problem, [](ListDialog& dialog) {
@@ -214,9 +219,10 @@ TEST_P(ListWindowTest, TheRealSearchWindowReadsAPageAtATimeAsTheListScrollsAndAs
     ASSERT_EQ(problem, QString());
     ASSERT_TRUE(order);
     EXPECT_EQ(order->mid(0, 5), QStringList({"10", "2026", "01/03/2026", "Verdi Carla", "Cresima"}));
-    // Whole pages: the first two, then four and six as the list scrolled; the typed text asked as it stood
-    // once the keys given together had arrived.
-    EXPECT_EQ(counts.mid(0, 3), QStringList({":2", ":4", ":6"}));
+    // A page at a time, each starting after the last order of the one before (newest first: 10 and 2 of
+    // 2026, then 1 of 2026 and 2 of 2025, then 1 of 2025); the typed text asked as it stood once the keys
+    // given together had arrived.
+    EXPECT_EQ(counts.mid(0, 3), QStringList({":2", ":2 after 2/2026", ":2 after 2/2025"}));
     EXPECT_EQ(counts.last(), "cresi:2");
 }
 

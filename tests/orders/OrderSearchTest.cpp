@@ -8,7 +8,10 @@
 #include "orders/OrderSearch.h"
 
 #include <QRegularExpression>
+
 #include <QSqlQuery>
+#include <functional>
+#include <optional>
 
 #include <gtest/gtest.h>
 
@@ -161,6 +164,63 @@ TEST_P(OrderSearchTest, ANameWithAccentsIsFoundInAnyCaseOnOrdersOfAnyYear)
     } cases[] = {{"èrcoli", 2}, {"ÈRCOLI", 2}, {"Nicolò", 2}, {"NICOLÒ", 2}, {"ercoli", 0}, {"ZOË", 1}};
     for (const auto& c : cases)
         EXPECT_EQ(foundBothWays(QString::fromUtf8(c.typed)), c.found) << c.typed;
+}
+
+// A page that follows another starts just after the last order of the one before: read page by page, the
+// list is the one read at once, for the search window and for the choice in bulk, with and without a text.
+TEST_P(OrderSearchTest, PagesReadOneAfterAnotherMakeTheListReadAtOnce)
+{
+    using Sql = std::function<QString(int limit, const std::optional<orders::OrderKey>& after)>;
+    const auto keyText = [](const Recordset& row) {
+        return row.text("serie") + "/" + row.text("numero") + "/" + row.text("documento");
+    };
+    const struct
+    {
+        const char* what;
+        Sql sql;
+        std::optional<orders::OrderKey> (*keyOf)(const QVariantList&);
+    } lists[] = {
+        {"search",
+         [](int limit, const auto& after) {
+             return orders::orderSearchSql("CO", {}, limit, orders::NameLookup::WalkOrders, after);
+         },
+         orders::searchRowKey},
+        {"search for a text",
+         [](int limit, const auto& after) {
+             return orders::orderSearchSql("CO", "greco", limit, orders::NameLookup::WalkOrders, after);
+         },
+         orders::searchRowKey},
+        {"choice",
+         [](int limit, const auto& after) {
+             return orders::orderChoiceSql("CO", {}, {}, limit, orders::NameLookup::WalkOrders, after);
+         },
+         orders::choiceRowKey},
+    };
+    for (const auto& list : lists) {
+        SCOPED_TRACE(list.what);
+        QStringList whole;
+        for (Recordset all = Recordset::open(db(), list.sql(5000, std::nullopt)); !all.eof(); all.moveNext())
+            whole << keyText(all);
+        ASSERT_GT(whole.size(), 5);
+        QStringList paged;
+        std::optional<orders::OrderKey> after;
+        for (int pages = 0; pages < 1000; ++pages) {
+            Recordset page = Recordset::open(db(), list.sql(250, after));
+            QVariantList last;
+            for (; !page.eof(); page.moveNext()) {
+                paged << keyText(page);
+                last.clear();
+                for (int i = 0; i < page.fieldCount(); ++i)
+                    last << page.value(i);
+            }
+            if (page.recordCount() < 250)
+                break;
+            after = list.keyOf(last);
+            ASSERT_TRUE(after);
+        }
+        EXPECT_EQ(paged, whole);
+    }
+    EXPECT_FALSE(orders::searchRowKey({"1", "2026"})) << "a row too short to name an order";
 }
 
 // Every row of a recordset as its fields' texts, with the field names first.
