@@ -101,7 +101,12 @@ protected:
     double plannedRows(const char* table)
     {
         if (GetParam() == data::Engine::SQLite) {
-            // The first number of an index's figures is the rows of its table.
+            // A new database has no figures at all; then the first number of an index's figures is the rows
+            // of its table.
+            if (Recordset::open(db(), "select count(*) from sqlite_master where name = 'sqlite_stat1'")
+                    .value(0)
+                    .toInt() == 0)
+                return 0;
             const Recordset stat =
                 Recordset::open(db(), QStringLiteral("select stat from sqlite_stat1 where "
                                                      "tbl = '%1' and idx is not null limit 1")
