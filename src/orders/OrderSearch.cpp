@@ -82,8 +82,6 @@ QString newestFirst(const QString& table)
         .arg(table);
 }
 
-// The keys of the newest orders whose rows meet the condition, at most limit of them, and when asked the
-// first of those rows as primo.
 // The orders that follow the given one in the list's order: the index walked from just past it.
 QString following(const std::optional<OrderKey>& after)
 {
@@ -94,6 +92,8 @@ QString following(const std::optional<OrderKey>& after)
              sqlEscape(after->documento));
 }
 
+// The keys of the newest orders whose rows meet the condition, at most limit of them, and when asked the
+// first of those rows as primo.
 QString newestKeys(const QString& orderKind, const QString& rows, const QString& condition, int limit,
                    bool withFirstRow = false)
 {
