@@ -29,7 +29,6 @@
 #include <QTest>
 #include <QTimer>
 
-#include <algorithm>
 #include <functional>
 #include <memory>
 #include <stdexcept>
@@ -211,9 +210,7 @@ void measure(benchmark::State& state, data::Engine engine, Operation operation)
     // the program's answer before the clock starts; the count itself is run and timed.
     const auto rawStatements = [engine, &shop](const QString& text) {
         QList<QByteArray> statements;
-        const bool counted = engine == data::Engine::SQLite && text.toUcs4().size() >= 3 &&
-                             !std::all_of(text.cbegin(), text.cend(), [](QChar c) { return c.isDigit(); });
-        if (counted)
+        if (engine == data::Engine::SQLite && orders::nameIndexCanServe(text))
             statements << orders::nameIndexCountSql(text, orders::kFewNameRows).toUtf8();
         const orders::NameLookup lookup = orders::nameLookupFor(shop.host().GetConnection(), text);
         statements << data::rewriteSql(

@@ -42,8 +42,7 @@ QString phrase(const QString& text)
 
 bool usesNameIndex(const QString& filterText, NameLookup lookup)
 {
-    return lookup == NameLookup::NameIndex && !filterText.isEmpty() && !allDigits(filterText) &&
-           filterText.toUcs4().size() >= 3;
+    return lookup == NameLookup::NameIndex && nameIndexCanServe(filterText);
 }
 
 // The rows a text is sought in. Through the name index, those it finds (and those whose number is the text)
@@ -176,6 +175,11 @@ QString orderChoiceSql(const QString& orderKind, const QString& state, const QSt
            newestFirst(QStringLiteral("k."));
 }
 
+bool nameIndexCanServe(const QString& filterText)
+{
+    return !filterText.isEmpty() && !allDigits(filterText) && filterText.toUcs4().size() >= 3;
+}
+
 QString nameIndexCountSql(const QString& filterText, int cap)
 {
     return QStringLiteral("select count(*) from (select 1 from %1 where %1 match '%2' limit %3)")
@@ -188,7 +192,7 @@ QString nameIndexCountSql(const QString& filterText, int cap)
 // the index of orders, where a common text fills a page within the newest orders.
 NameLookup nameLookupFor(data::Database& db, const QString& filterText, int fewRows)
 {
-    if (db.engine() != data::Engine::SQLite || !usesNameIndex(filterText, NameLookup::NameIndex))
+    if (db.engine() != data::Engine::SQLite || !nameIndexCanServe(filterText))
         return NameLookup::WalkOrders;
     QSqlQuery count = db.executeBound(nameIndexCountSql(filterText, fewRows));
     return count.next() && count.value(0).toInt() < fewRows ? NameLookup::NameIndex : NameLookup::WalkOrders;

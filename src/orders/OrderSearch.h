@@ -26,6 +26,10 @@ inline constexpr int kFewNameRows = 20000;
 // rows carry the text (texts of fewer than three letters and numbers always walk).
 NameLookup nameLookupFor(data::Database& db, const QString& filterText, int fewRows = kFewNameRows);
 
+// Whether the name index can serve the text at all: three letters or more, not a number. Only then does
+// nameLookupFor ask the index how many rows carry it.
+bool nameIndexCanServe(const QString& filterText);
+
 // The count nameLookupFor asks the name index for, stopping at cap.
 QString nameIndexCountSql(const QString& filterText, int cap);
 
